@@ -1,0 +1,75 @@
+#include "mail/records.h"
+
+#include <algorithm>
+
+namespace tidewrack {
+namespace {
+
+// Folds the hash of each value into one number (boost's hash_combine).
+template <typename... Values>
+std::size_t combinedHash(const Values&... values) {
+  std::size_t seed = 0;
+  ((seed ^= std::hash<Values>()(values) + 0x9e3779b97f4a7c15ULL + (seed << 6U) + (seed >> 2U)), ...);
+  return seed;
+}
+
+template <typename Value>
+std::size_t listHash(const std::vector<Value>& values) {
+  std::size_t seed = values.size();
+  for (const auto& value : values) {
+    seed = combinedHash(seed, value);
+  }
+  return seed;
+}
+
+}  // namespace
+
+std::string displayForm(const EmailAddress& address) {
+  if (!address.name || address.name->empty()) {
+    return address.address.string();
+  }
+  std::string form = address.name->string();
+  form += " <";
+  form += address.address.view();
+  form += '>';
+  return form;
+}
+
+std::string displayForms(const std::vector<EmailAddress>& addresses) {
+  std::string forms;
+  for (const auto& address : addresses) {
+    if (!forms.empty()) {
+      forms += ", ";
+    }
+    forms += displayForm(address);
+  }
+  return forms;
+}
+
+void sortNewestFirst(MessageList& messages) {
+  std::stable_sort(messages.begin(), messages.end(), [](const auto& a, const auto& b) {
+    return a->date.value_or(distantPast) > b->date.value_or(distantPast);
+  });
+}
+
+}  // namespace tidewrack
+
+// The helpers above serve the hashes outside the namespace as well.
+using tidewrack::combinedHash;
+using tidewrack::listHash;
+
+std::size_t std::hash<tidewrack::EmailAddress>::operator()(const tidewrack::EmailAddress& value) const {
+  return combinedHash(value.name, value.address);
+}
+
+std::size_t std::hash<tidewrack::EmailAttachment>::operator()(const tidewrack::EmailAttachment& value) const {
+  return combinedHash(value.id, value.fileName, value.mimeType, value.data, value.contentID, value.isInline);
+}
+
+std::size_t std::hash<tidewrack::EmailMessage>::operator()(const tidewrack::EmailMessage& value) const {
+  const long long date = value.date ? value.date->time_since_epoch().count() : -1;
+  return combinedHash(value.id, value.sourceLibraryID, value.sourceLibraryName, value.subject, value.from,
+                      listHash(value.to), listHash(value.cc), date, value.snippet, value.plainBody,
+                      value.htmlBody, listHash(value.attachments), listHash(value.labels),
+                      value.conversationID, value.inReplyTo, listHash(value.references), value.category);
+}
