@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "mail/records.h"
+
+namespace tidewrack {
+
+/// One (token, message) pair, the flat form of the index.
+struct SearchTokenEntry {
+  Text token;
+  Text messageID;
+  friend bool operator==(const SearchTokenEntry&, const SearchTokenEntry&) = default;
+};
+
+/// An inverted index from normalised words to messages. Whole tokens, all of them required; no prefixes, no
+/// ranking. An immutable value once built: copying copies a pointer. Safe to read from any thread.
+class FullTextSearchIndex {
+ public:
+  /// An empty index.
+  FullTextSearchIndex();
+
+  /// Discards what the index holds and indexes the list. Reads each body once.
+  void build(const MessageList& messages);
+  /// Discards what the index holds and fills it from the entries.
+  void load(const std::vector<SearchTokenEntry>& entries);
+  /// One entry for each pair, in no particular order.
+  [[nodiscard]] std::vector<SearchTokenEntry> entries() const;
+  [[nodiscard]] bool empty() const;
+
+  /// The words of a text: diacritics folded, lower case, split at everything that is no letter, mark or
+  /// digit; words of one user-perceived character are dropped. Repeats stay.
+  static std::vector<std::string> tokenize(std::string_view text);
+  /// The ids of the messages that hold every token of the query; none for a query without tokens.
+  [[nodiscard]] std::unordered_set<Text> matchingMessageIDs(std::string_view query) const;
+
+  friend bool operator==(const FullTextSearchIndex& a, const FullTextSearchIndex& b) {
+    return a.data_ == b.data_;
+  }
+
+ private:
+  struct Data;
+  std::shared_ptr<const Data> data_;
+};
+
+}  // namespace tidewrack
