@@ -19,6 +19,8 @@ std::string_view trimWhitespaceAndNewlines(std::string_view text) noexcept;
 
 /// Every run of `\s` becomes one blank, and both ends are trimmed.
 std::string collapseWhitespace(std::string_view text);
+/// The same, but ends after the first whole character that makes the result at least `size` bytes long.
+std::string collapseWhitespace(std::string_view text, std::size_t size);
 
 /// Lower case, independent of the locale (Unicode Standard 3.13, full mapping).
 std::string lowercase(std::string_view text);
