@@ -1,0 +1,34 @@
+#include "classify/message_text.h"
+
+#include "mail/html_text.h"
+
+namespace tidewrack {
+
+void forEachSearchableText(const EmailMessage& message, const std::function<void(std::string_view)>& visit) {
+  const auto visitAddress = [&visit](const EmailAddress& address) {
+    if (address.name) {
+      visit(address.name->view());
+    }
+    visit(address.address.view());
+  };
+  visit(message.subject.view());
+  visit(message.snippet.view());
+  if (message.plainBody) {
+    visit(message.plainBody->bytes());
+  }
+  if (message.htmlBody) {
+    visit(HTMLTextExtractor::extractText(message.htmlBody->bytes()));
+  }
+  visitAddress(message.from);
+  for (const auto& address : message.to) {
+    visitAddress(address);
+  }
+  for (const auto& address : message.cc) {
+    visitAddress(address);
+  }
+  for (const auto& label : message.labels) {
+    visit(label.view());
+  }
+}
+
+}  // namespace tidewrack

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <functional>
+#include <string_view>
+
+#include "mail/records.h"
+
+namespace tidewrack {
+
+/// Hands over the texts of a message that the search covers, in order: subject, snippet, plain body, visible
+/// text of the HTML body, sender, recipients, copies, labels. Between any two stands at least a blank, so
+/// that no word spans them. Bodies are read now; a stored body that cannot be read throws StoreFailure.
+void forEachSearchableText(const EmailMessage& message, const std::function<void(std::string_view)>& visit);
+
+}  // namespace tidewrack

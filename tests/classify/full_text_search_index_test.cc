@@ -1,0 +1,125 @@
+#include "classify/full_text_search_index.h"
+
+#include <algorithm>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tidewrack {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+std::shared_ptr<const EmailMessage> message(const char* id, const char* body) {
+  auto message = std::make_shared<EmailMessage>();
+  message->id = id;
+  message->plainBody = Content::ofBytes(body);
+  message->from.address = "ana@example.org";
+  return message;
+}
+
+FullTextSearchIndex indexOf(const MessageList& messages) {
+  FullTextSearchIndex index;
+  index.build(messages);
+  return index;
+}
+
+TEST(Tokenize, FoldsDropsSingleCharactersAndSplitsAtPunctuation) {
+  EXPECT_THAT(FullTextSearchIndex::tokenize("José-María, J. Mail"), ElementsAre("jose", "maria", "mail"));
+}
+
+TEST(Tokenize, KeepsRepeatsAndLettersOfEveryScript) {
+  EXPECT_THAT(FullTextSearchIndex::tokenize("ab AB"), ElementsAre("ab", "ab"));
+  EXPECT_THAT(FullTextSearchIndex::tokenize("Привет, мир"), ElementsAre("привет", "мир"));
+  EXPECT_THAT(FullTextSearchIndex::tokenize("Ελλάδα"), ElementsAre("ελλαδα"));
+  EXPECT_THAT(FullTextSearchIndex::tokenize("السلام عليكم"), ElementsAre("السلام", "عليكم"));
+  EXPECT_THAT(FullTextSearchIndex::tokenize("नमस्ते दुनिया"), ElementsAre("नमस्ते", "दुनिया"));
+  EXPECT_THAT(FullTextSearchIndex::tokenize("สวัสดี"), ElementsAre("สวัสดี"));
+  EXPECT_THAT(FullTextSearchIndex::tokenize("漢字 字"), ElementsAre("漢字"));
+  EXPECT_THAT(FullTextSearchIndex::tokenize("ひらがな、カタカナ"), ElementsAre("ひらがな", "カタカナ"));
+  EXPECT_THAT(FullTextSearchIndex::tokenize("한국어"), ElementsAre("한국어"));
+  EXPECT_THAT(FullTextSearchIndex::tokenize("ok 🎉🎉 ok2"), ElementsAre("ok", "ok2"));
+}
+
+TEST(Tokenize, AFullStopDoesNotHideTheFormOfASigma) {
+  EXPECT_THAT(FullTextSearchIndex::tokenize("ΟΔΟΣ"), ElementsAre("οδος"));
+  EXPECT_THAT(FullTextSearchIndex::tokenize("ΟΔΟΣ ΑΒ"), ElementsAre("οδος", "αβ"));
+}
+
+TEST(FullTextSearchIndex, AQueryOfOneLetterFindsNothingAndOfTwoTheToken) {
+  const auto index = indexOf({message("1", "a ab")});
+  EXPECT_THAT(index.matchingMessageIDs("a"), IsEmpty());
+  EXPECT_THAT(index.matchingMessageIDs("ab"), UnorderedElementsAre(Text("1")));
+}
+
+TEST(FullTextSearchIndex, AccentsAndCaseDoNotMatter) {
+  const auto index =
+      indexOf({message("1", "cafe"), message("2", "CAFÉ"), message("3", "café"), message("4", "tea")});
+  EXPECT_THAT(index.matchingMessageIDs("Café"), UnorderedElementsAre(Text("1"), Text("2"), Text("3")));
+}
+
+TEST(FullTextSearchIndex, EveryTokenOfTheQueryIsRequired) {
+  const auto index = indexOf({message("1", "foo bar"), message("2", "foo"), message("3", "bar")});
+  EXPECT_THAT(index.matchingMessageIDs("foo bar"), UnorderedElementsAre(Text("1")));
+  EXPECT_THAT(index.matchingMessageIDs("foo-bar"), UnorderedElementsAre(Text("1")));
+}
+
+TEST(FullTextSearchIndex, OneUnknownTokenAmongKnownOnesFindsNothing) {
+  EXPECT_THAT(indexOf({message("1", "foo bar")}).matchingMessageIDs("foo unknown bar"), IsEmpty());
+}
+
+TEST(FullTextSearchIndex, AWholeAddressFindsMessagesThatHoldItsTokensAnywhere) {
+  const auto index = indexOf({message("1", "nothing"), message("2", "nothing")});
+  EXPECT_THAT(index.matchingMessageIDs("ana@example.org"), UnorderedElementsAre(Text("1"), Text("2")));
+}
+
+TEST(FullTextSearchIndex, AnEmptyIndexFindsNothing) {
+  EXPECT_THAT(FullTextSearchIndex().matchingMessageIDs("foo"), IsEmpty());
+  EXPECT_TRUE(FullTextSearchIndex().empty());
+}
+
+TEST(FullTextSearchIndex, AMessageWithoutTextIsFoundBySenderAndLabel) {
+  auto bare = std::make_shared<EmailMessage>();
+  bare->id = "1";
+  bare->from = {Text("Ana Ruiz"), "ana@example.org"};
+  bare->labels = {"Inbox"};
+  const auto index = indexOf({bare});
+  EXPECT_THAT(index.matchingMessageIDs("ruiz"), UnorderedElementsAre(Text("1")));
+  EXPECT_THAT(index.matchingMessageIDs("inbox"), UnorderedElementsAre(Text("1")));
+  EXPECT_THAT(index.matchingMessageIDs("recibidos"), IsEmpty());
+}
+
+TEST(FullTextSearchIndex, ThereIsNoPrefixMatching) {
+  EXPECT_THAT(indexOf({message("1", "invoice")}).matchingMessageIDs("inv"), IsEmpty());
+}
+
+TEST(FullTextSearchIndex, TheVisibleTextOfHTMLIsFoundAndItsMarkupIsNot) {
+  auto html = std::make_shared<EmailMessage>();
+  html->id = "1";
+  html->htmlBody = Content::ofBytes("<div class=\"wide\">Grüße<br>aus Wien</div>");
+  const auto index = indexOf({html});
+  EXPECT_THAT(index.matchingMessageIDs("grusse"), IsEmpty());
+  EXPECT_THAT(index.matchingMessageIDs("wien"), UnorderedElementsAre(Text("1")));
+  EXPECT_THAT(index.matchingMessageIDs("wide"), IsEmpty());
+}
+
+TEST(FullTextSearchIndex, EntriesLoadBackToTheSameIndex) {
+  MessageList messages;
+  for (int i = 0; i < 600; ++i) {
+    const auto id = std::to_string(i);
+    messages.push_back(message(id.c_str(), ("word" + std::to_string(i % 7) + " common").c_str()));
+  }
+  const auto built = indexOf(messages);
+  FullTextSearchIndex loaded;
+  loaded.load(built.entries());
+  EXPECT_EQ(built.entries().size(), loaded.entries().size());
+  for (const auto* query : {"common", "word3", "word3 common", "word9"}) {
+    EXPECT_EQ(built.matchingMessageIDs(query), loaded.matchingMessageIDs(query)) << query;
+  }
+  EXPECT_EQ(built.matchingMessageIDs("word3").size(), 86U);
+}
+
+}  // namespace
+}  // namespace tidewrack
