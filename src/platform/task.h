@@ -40,10 +40,10 @@ class Task {
       bool await_ready() noexcept { return false; }
       template <typename Promise>
       std::coroutine_handle<> await_suspend(std::coroutine_handle<Promise> frame) noexcept {
-        const auto state = std::move(frame.promise().state);
+        const auto ended = std::move(frame.promise().state);
         frame.destroy();
-        state->done = true;
-        return state->waiting ? state->waiting : std::coroutine_handle<>(std::noop_coroutine());
+        ended->done = true;
+        return ended->waiting ? ended->waiting : std::coroutine_handle<>(std::noop_coroutine());
       }
       void await_resume() noexcept {}
     };

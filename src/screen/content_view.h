@@ -1,0 +1,230 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <variant>
+#include <vector>
+
+#include "classify/full_text_search_index.h"
+#include "classify/label_classification.h"
+#include "classify/search_filters.h"
+#include "intelligence/message_categorizer.h"
+#include "library/library_catalog.h"
+#include "library/library_discovery.h"
+#include "library/model_container.h"
+#include "platform/executor.h"
+#include "platform/failure.h"
+#include "platform/observable.h"
+#include "platform/settings.h"
+#include "platform/task.h"
+#include "screen/derived_state.h"
+#include "screen/flow_lock.h"
+#include "screen/shared_message_list.h"
+#include "screen/sidebar.h"
+#include "screen/toast.h"
+#include "spotlight/message_indexer.h"
+#include "status/import_status.h"
+
+namespace tidewrack {
+
+/// What the main screen needs from below. The references and pointers outlive the screen.
+struct ContentViewServices {
+  Executor& executor;
+  Settings& settings;
+  std::shared_ptr<ModelContainer> container;
+  /// Folder of the catalog and the stored archives.
+  std::filesystem::path applicationFolder = applicationSupportFolder();
+  /// Of the process, the program's own path included.
+  std::vector<std::string> arguments;
+  /// The system-wide search index; null where there is none.
+  MessageIndexer* spotlight = nullptr;
+  /// The on-device categoriser; null where there is none.
+  MessageCategorizer* categorizer = nullptr;
+  /// Lists up to this size are filtered and counted at once; larger ones in the background, so that the
+  /// main thread never stalls. The result is the same.
+  std::size_t synchronousLimit = 20'000;
+};
+
+/// The one controller of the main window: all mutable state of the screen, the reactions that join its
+/// fields, and every flow as a method. It knows no toolkit; views read the fields, observe them and call the
+/// operations. Long work runs in the background and comes back to assign its result. Main thread only. Flows
+/// keep using the screen until they end, so it lives as long as its executor runs.
+class ContentView {
+ public:
+  explicit ContentView(ContentViewServices services);
+  ~ContentView();
+  ContentView(const ContentView&) = delete;
+  ContentView& operator=(const ContentView&) = delete;
+
+  // -- Settings that the screen follows. They change when the settings do.
+  Observable<bool> intelligenceEnabled;
+  Observable<bool> enableCategoryDetection;
+  Observable<bool> iCloudSyncEnabled;
+
+  // -- State of the screen.
+  Observable<SharedMessageList> messages;          ///< All loaded messages of all libraries, newest first.
+  Observable<std::vector<MBOXLibrary>> libraries;  ///< The catalog in memory, newest first.
+  Observable<std::optional<Text>> selectedMessageID;
+  Observable<std::optional<SidebarSelection>> sidebarSelection;
+  Observable<std::string> searchText;
+  Observable<bool> isImporting{false};  ///< True during an import and during the startup load.
+  Observable<std::optional<std::string>> importErrorMessage;  ///< Text of the import alert; present = shown.
+  Observable<bool> hasLoadedPersistedLibraries{false};
+  Observable<std::optional<MBOXLibrary>> libraryPendingDeletion;
+  Observable<std::optional<MBOXLibrary>> libraryPendingRename;
+  Observable<std::string> renameDraft;
+  Observable<bool> isShowingManageLibrariesSheet{false};
+  Observable<FullTextSearchIndex> searchIndex;
+  Observable<bool> isShowingAdvancedSearch{false};
+  Observable<SearchFilters> advancedFilters;
+  Observable<bool> isShowingExport{false};
+  Observable<bool> isShowingSettings{false};
+  Observable<std::optional<ImportStatus>> importStatus;
+  Observable<bool> showImportStatusSheet{false};
+  Observable<std::optional<Toast>> currentToast;
+  Observable<bool> isDeletingLibrary{false};
+  Observable<bool> showDeleteConfirmation{false};
+  Observable<bool> isPresentingImporter{false};
+  Observable<SharedMessageList> cachedFilteredMessages;  ///< What the list shows.
+  /// Messages by conversation, over the scope of the sidebar selection. Never null.
+  Observable<std::shared_ptr<const ConversationCounts>> cachedConversationCounts;
+  Observable<LabelClassification> cachedLabelClassification;
+  /// Messages by their category, over the same scope. Never null.
+  Observable<std::shared_ptr<const CategoryCounts>> cachedCategoryCounts;
+  Observable<bool> isRestoringFromiCloud{false};
+  Observable<std::vector<DiscoveredLibrary>> discoveredRemoteLibraries;
+  Observable<std::set<Text>> adoptingLibraryIDs;
+  Observable<bool> isShowingDiscoveredLibraries{false};
+
+  // -- Derived values read by the views.
+  /// Title of the list, from the sidebar selection.
+  [[nodiscard]] std::string activeTitle() const;
+  /// Number of messages in the list.
+  [[nodiscard]] std::size_t messageCount() const { return cachedFilteredMessages().size(); }
+  /// Number of loaded messages of one library.
+  [[nodiscard]] std::int64_t messageCount(const Text& libraryID) const;
+  /// The line under the title.
+  [[nodiscard]] std::string subtitle() const;
+  /// The first loaded message whose id is selected, or null.
+  [[nodiscard]] std::shared_ptr<const EmailMessage> selectedMessage() const;
+  /// Messages of a conversation in scope; 0 for an unknown one.
+  [[nodiscard]] std::int64_t conversationCount(const Text& conversationID) const;
+  /// The nine known categories that occur in scope, in their fixed order.
+  [[nodiscard]] std::vector<std::string_view> categoriesInScope() const;
+  /// Whether the middle column shows the welcome view in place of the list.
+  [[nodiscard]] bool showsWelcome() const;
+  /// Whether the detail column shows a message in place of its placeholder.
+  [[nodiscard]] bool showsDetail() const { return selectedMessage() != nullptr; }
+  [[nodiscard]] MessageCategorizer* categorizer() const { return services_.categorizer; }
+  [[nodiscard]] const ContentViewServices& services() const { return services_; }
+
+  // -- Operations.
+  /// Selects a message that the caller has at hand, which spares the search for it.
+  void selectMessage(const std::shared_ptr<const EmailMessage>& message);
+  void selectFirstFilteredMessage();
+  /// Brings the cached fields in line with the fields they follow. For long lists this goes on in the
+  /// background; `whenDerivedStateIsCurrent` waits for it.
+  void recomputeDerivedState();
+  Task<> whenDerivedStateIsCurrent();
+  /// Builds a new in-memory index from `messages` and assigns it. Of two runs the one that ends last stands.
+  void refreshSearchIndexInBackground();
+  /// Looks for libraries that only the stored messages know. Runs that overlap become one.
+  void refreshDiscoveredLibraries();
+  /// Puts messages into `messages`: each replaces the one of its id or is added.
+  Task<> mergeIntoMessages(MessageList list);
+  /// Shows a toast at once, in place of any other.
+  void showToast(Toast toast) { currentToast.set(std::move(toast)); }
+  /// The status panel's button.
+  void dismissImportStatus();
+
+  // -- Startup.
+  /// Run when the view appears; loads once per process.
+  Task<> startup();
+  Task<> loadPersistedLibraries();
+  void startCategorizationIfNeeded();
+
+  // -- Import.
+  /// What the file picker gives: the chosen files, or its failure.
+  using ImportResult = std::variant<std::vector<std::filesystem::path>, Failure>;
+  void handleImportResult(ImportResult result);
+  /// Files opened from outside (file manager, command line, drop): like a choice in the picker, but waits for
+  /// a startup load or an import that is under way.
+  void openFiles(std::vector<std::filesystem::path> urls);
+  /// Imports the files, to success or failure in `importStatus`. Runs do not overlap: one that is called
+  /// while another is under way waits for it.
+  Task<> performImport(std::vector<std::filesystem::path> urls);
+
+  // -- Rename and delete.
+  void requestRename(const MBOXLibrary& library);
+  void cancelRename();
+  /// Gives the library of the rename dialog the name in `renameDraft`.
+  Task<> commitRename();
+  void requestDelete(const MBOXLibrary& library);
+  void cancelDelete();
+  Task<> deleteLibrary(MBOXLibrary library);
+
+ private:
+  // content_view.cc
+  void followSettings();
+  void reactToChanges();
+  [[nodiscard]] DerivedInput derivedInput() const;
+  void recompute(bool selectFirst);
+  void adopt(const DerivedInput& input, DerivedState state);
+  Task<> recomputeInBackground();
+  Task<> rebuildSearchIndex();
+  Task<> discover();
+  /// Assigns `messages` once the derived state that belongs to the new list has been worked out in the
+  /// background, so that the assignment itself is quick. `change` makes the new list from the present one; it
+  /// runs on a worker, again when the list has changed meanwhile, and must not use the screen.
+  Task<> changeMessages(std::function<MessageList(const SharedMessageList& present)> change);
+  /// Lets go of something big on a worker thread.
+  void releaseInBackground(std::shared_ptr<const void> garbage);
+  [[nodiscard]] LibraryCatalog catalog() const;
+  [[nodiscard]] bool hasArgument(std::string_view argument) const;
+
+  // import_flow.cc
+  struct ImportRun;
+  Task<> copyFiles(ImportRun& run);
+  Task<> parseFiles(ImportRun& run);
+  Task<> saveAndShow(ImportRun& run);
+  void selectImported(const ImportRun& run);
+  Task<> openQueuedFiles();
+
+  // library_flows.cc
+  Task<> renameLibrary(MBOXLibrary library, Text name);
+
+  ContentViewServices services_;
+  std::vector<Subscription> subscriptions_;
+
+  /// The screen's own context: pending changes of a failed save stay in it. One flow at a time uses it.
+  std::shared_ptr<ModelContext> modelContext_;
+  FlowLock modelContextLock_;
+  FlowLock catalogLock_;
+  FlowLock importLock_;
+  FlowLock messagesLock_;
+
+  DerivedInput derivedInput_;  ///< What `derived_` was worked out from.
+  DerivedState derived_;
+  std::optional<std::pair<DerivedInput, DerivedState>> prepared_;
+  bool isRecomputing_ = false;
+  bool selectsFirstAfterRecompute_ = false;
+  std::vector<std::function<void()>> derivedStateWaiters_;
+
+  bool isDiscovering_ = false;
+  bool discoversAgain_ = false;
+
+  std::vector<std::filesystem::path> queuedFiles_;
+  bool isOpeningFiles_ = false;
+
+  mutable SharedMessageList selectionSearchedIn_;  ///< The list in which `selectedMessage_` was looked up.
+  mutable std::optional<Text> selectionSearchedFor_;
+  mutable std::shared_ptr<const EmailMessage> selectedMessage_;
+};
+
+}  // namespace tidewrack
