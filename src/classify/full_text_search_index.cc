@@ -2,20 +2,145 @@
 
 #include <algorithm>
 #include <iterator>
+#include <numeric>
+#include <unordered_map>
 
 #include "classify/token_segment.h"
 #include "classify/tokenizer.h"
 
 namespace tidewrack {
+namespace {
+
+constexpr std::uint32_t nowhere = TokenSegment::dropped;
+constexpr std::size_t mostParts = 6;
+
+/// Whether two messages have the same words for certain. Text and Content are shared between the versions of
+/// a message, so this mostly compares pointers; a false answer only costs a second reading.
+bool haveSameText(const EmailMessage& a, const EmailMessage& b) {
+  const auto sameBody = [](const std::optional<Content>& x, const std::optional<Content>& y) {
+    return x.has_value() == y.has_value() && (!x || x->source() == y->source());
+  };
+  return &a == &b ||
+         (sameBody(a.plainBody, b.plainBody) && sameBody(a.htmlBody, b.htmlBody) && a.subject == b.subject &&
+          a.snippet == b.snippet && a.from == b.from && a.to == b.to && a.cc == b.cc && a.labels == b.labels);
+}
+
+std::vector<std::uint32_t> numbersFrom0(std::size_t count) {
+  std::vector<std::uint32_t> numbers(count);
+  std::iota(numbers.begin(), numbers.end(), 0U);
+  return numbers;
+}
+
+}  // namespace
+
+/// A segment and where its messages stand in the list that the index speaks of. A message that is no longer
+/// there stands nowhere.
+struct FullTextSearchIndex::Part {
+  std::shared_ptr<const TokenSegment> segment;
+  std::vector<std::uint32_t> positions;
+  MessageList messages;  ///< As they were read; empty where the words came from stored entries.
+
+  [[nodiscard]] std::size_t present() const {
+    return positions.size() - static_cast<std::size_t>(std::ranges::count(positions, nowhere));
+  }
+};
 
 struct FullTextSearchIndex::Data {
-  std::shared_ptr<const TokenSegment> segment;
+  std::vector<Part> parts;
 };
 
 FullTextSearchIndex::FullTextSearchIndex() = default;
 
 void FullTextSearchIndex::build(const MessageList& messages) {
-  data_ = std::make_shared<Data>(Data{TokenSegment::build(messages)});
+  auto data = std::make_shared<Data>();
+  data->parts.push_back({TokenSegment::build(messages), numbersFrom0(messages.size()), messages});
+  data_ = std::move(data);
+}
+
+void FullTextSearchIndex::update(const MessageList& messages) {
+  if (!data_) {
+    build(messages);
+    return;
+  }
+  struct Place {
+    std::uint32_t part;
+    std::uint32_t number;
+  };
+  std::unordered_map<Text, Place> known;
+  auto data = std::make_shared<Data>(*data_);
+  for (std::size_t p = 0; p < data->parts.size(); ++p) {
+    auto& part = data->parts[p];
+    for (std::size_t n = 0; n < part.positions.size(); ++n) {
+      if (part.positions[n] != nowhere) {
+        known.emplace(part.segment->messageIDs()[n],
+                      Place{static_cast<std::uint32_t>(p), static_cast<std::uint32_t>(n)});
+        part.positions[n] = nowhere;
+      }
+    }
+  }
+  Part fresh;
+  for (std::size_t i = 0; i < messages.size(); ++i) {
+    const auto position = static_cast<std::uint32_t>(i);
+    const auto found = known.find(messages[i]->id);
+    if (found != known.end()) {
+      auto& part = data->parts[found->second.part];
+      auto& place = part.positions[found->second.number];
+      if (place == nowhere && !part.messages.empty() &&
+          haveSameText(*part.messages[found->second.number], *messages[i])) {
+        place = position;
+        part.messages[found->second.number] = messages[i];
+        continue;
+      }
+    }
+    fresh.messages.push_back(messages[i]);
+    fresh.positions.push_back(position);
+  }
+  if (!fresh.messages.empty()) {
+    fresh.segment = TokenSegment::build(fresh.messages);
+    data->parts.push_back(std::move(fresh));
+  }
+  compact(*data);
+  data_ = std::move(data);
+}
+
+/// Keeps the number of parts small and lets the words of messages that have gone, go.
+void FullTextSearchIndex::compact(Data& data) const {
+  std::erase_if(data.parts, [](const Part& part) { return part.present() == 0; });
+  const bool muchIsGone = std::ranges::any_of(
+      data.parts, [](const Part& part) { return part.present() * 2 < part.positions.size(); });
+  if (data.parts.size() <= mostParts && !muchIsGone) {
+    return;
+  }
+  // Words from stored entries stay apart: nobody knows the text that they were made from.
+  Part merged;
+  std::vector<Part> apart;
+  std::vector<std::vector<std::uint32_t>> newNumbers;
+  std::vector<TokenSegment::MergePart> mergeParts;
+  for (auto& part : data.parts) {
+    if (part.messages.empty()) {
+      apart.push_back(std::move(part));
+      continue;
+    }
+    auto& numbers = newNumbers.emplace_back(part.positions.size(), nowhere);
+    for (std::size_t n = 0; n < part.positions.size(); ++n) {
+      if (part.positions[n] != nowhere) {
+        numbers[n] = static_cast<std::uint32_t>(merged.positions.size());
+        merged.positions.push_back(part.positions[n]);
+        merged.messages.push_back(part.messages[n]);
+      }
+    }
+  }
+  std::size_t next = 0;
+  for (const auto& part : data.parts) {
+    if (part.segment) {
+      mergeParts.push_back({part.segment.get(), newNumbers[next++]});
+    }
+  }
+  if (!mergeParts.empty()) {
+    merged.segment = TokenSegment::merge(mergeParts, merged.positions.size());
+    apart.push_back(std::move(merged));
+  }
+  data.parts = std::move(apart);
 }
 
 void FullTextSearchIndex::load(const std::vector<SearchTokenEntry>& entries) {
@@ -35,7 +160,30 @@ void FullTextSearchIndex::load(const std::vector<SearchTokenEntry>& entries) {
     builder.addToken(entry->token);
     previous = entry;
   }
-  data_ = std::make_shared<Data>(Data{builder.finish()});
+  auto data = std::make_shared<Data>();
+  auto segment = builder.finish();
+  const auto count = segment->messageIDs().size();
+  data->parts.push_back({std::move(segment), numbersFrom0(count), {}});
+  data_ = std::move(data);
+}
+
+void FullTextSearchIndex::align(const MessageList& messages) {
+  if (!data_) {
+    return;
+  }
+  std::unordered_map<Text, std::uint32_t> positionOf;
+  positionOf.reserve(messages.size());
+  for (std::size_t i = 0; i < messages.size(); ++i) {
+    positionOf.emplace(messages[i]->id, static_cast<std::uint32_t>(i));
+  }
+  auto data = std::make_shared<Data>(*data_);
+  for (auto& part : data->parts) {
+    for (std::size_t n = 0; n < part.positions.size(); ++n) {
+      const auto found = positionOf.find(part.segment->messageIDs()[n]);
+      part.positions[n] = found == positionOf.end() ? nowhere : found->second;
+    }
+  }
+  data_ = std::move(data);
 }
 
 std::vector<SearchTokenEntry> FullTextSearchIndex::entries() const {
@@ -43,19 +191,43 @@ std::vector<SearchTokenEntry> FullTextSearchIndex::entries() const {
   if (!data_) {
     return entries;
   }
-  const auto& segment = *data_->segment;
-  entries.reserve(segment.pairCount());
-  for (std::size_t i = 0; i < segment.tokenCount(); ++i) {
-    const Text token = segment.token(i);
-    for (const auto number : segment.messagesWith(i)) {
-      entries.push_back({token, segment.messageIDs()[number]});
+  entries.reserve(pairCount());
+  for (const auto& part : data_->parts) {
+    const auto& segment = *part.segment;
+    for (std::size_t i = 0; i < segment.tokenCount(); ++i) {
+      const Text token = segment.token(i);
+      for (const auto number : segment.messagesWith(i)) {
+        if (part.positions[number] != nowhere) {
+          entries.push_back({token, segment.messageIDs()[number]});
+        }
+      }
     }
   }
   return entries;
 }
 
+std::uint64_t FullTextSearchIndex::pairCount() const {
+  std::uint64_t count = 0;
+  if (data_) {
+    for (const auto& part : data_->parts) {
+      count += part.segment->pairCount();
+    }
+  }
+  return count;
+}
+
+std::size_t FullTextSearchIndex::memory() const {
+  std::size_t bytes = 0;
+  if (data_) {
+    for (const auto& part : data_->parts) {
+      bytes += part.segment->memory() + part.positions.capacity() * sizeof(std::uint32_t);
+    }
+  }
+  return bytes;
+}
+
 bool FullTextSearchIndex::empty() const {
-  return !data_ || data_->segment->pairCount() == 0;
+  return pairCount() == 0;
 }
 
 std::vector<std::string> FullTextSearchIndex::tokenize(std::string_view text) {
@@ -64,23 +236,45 @@ std::vector<std::string> FullTextSearchIndex::tokenize(std::string_view text) {
   return tokens;
 }
 
-std::unordered_set<Text> FullTextSearchIndex::matchingMessageIDs(std::string_view query) const {
+/// Visits each part with the number of each of its messages that holds every token of the query.
+template <typename Visit>
+void FullTextSearchIndex::forEachMatch(std::string_view query, Visit visit) const {
   const auto tokens = tokenize(query);
   if (tokens.empty() || !data_) {
-    return {};
+    return;
   }
-  const auto& segment = *data_->segment;
-  auto numbers = segment.messagesWith(tokens.front());
-  for (std::size_t i = 1; i < tokens.size() && !numbers.empty(); ++i) {
-    std::vector<std::uint32_t> both;
-    std::ranges::set_intersection(numbers, segment.messagesWith(tokens[i]), std::back_inserter(both));
-    numbers = std::move(both);
+  for (const auto& part : data_->parts) {
+    auto numbers = part.segment->messagesWith(tokens.front());
+    for (std::size_t i = 1; i < tokens.size() && !numbers.empty(); ++i) {
+      std::vector<std::uint32_t> both;
+      std::ranges::set_intersection(numbers, part.segment->messagesWith(tokens[i]), std::back_inserter(both));
+      numbers = std::move(both);
+    }
+    for (const auto number : numbers) {
+      if (part.positions[number] != nowhere) {
+        visit(part, number);
+      }
+    }
   }
+}
+
+std::unordered_set<Text> FullTextSearchIndex::matchingMessageIDs(std::string_view query) const {
   std::unordered_set<Text> ids;
-  for (const auto number : numbers) {
-    ids.insert(segment.messageIDs()[number]);
-  }
+  forEachMatch(query, [&ids](const Part& part, std::uint32_t number) {
+    ids.insert(part.segment->messageIDs()[number]);
+  });
   return ids;
+}
+
+std::vector<std::uint32_t> FullTextSearchIndex::positionsMatching(std::string_view query) const {
+  std::vector<std::uint32_t> positions;
+  forEachMatch(query, [&positions](const Part& part, std::uint32_t number) {
+    positions.push_back(part.positions[number]);
+  });
+  if (!std::ranges::is_sorted(positions)) {
+    std::ranges::sort(positions);
+  }
+  return positions;
 }
 
 }  // namespace tidewrack

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -27,8 +28,13 @@ class FullTextSearchIndex {
 
   /// Discards what the index holds and indexes the list. Reads each body once.
   void build(const MessageList& messages);
+  /// Ends as build(messages) does, but reads only the messages that are new or whose text has changed.
+  void update(const MessageList& messages);
   /// Discards what the index holds and fills it from the entries.
   void load(const std::vector<SearchTokenEntry>& entries);
+  /// Takes `messages` as the list that `positionsMatching` speaks of, without reading any text: messages are
+  /// known by their ids, and those that the index does not hold have no words. For use after load.
+  void align(const MessageList& messages);
   /// One entry for each pair, in no particular order.
   [[nodiscard]] std::vector<SearchTokenEntry> entries() const;
   [[nodiscard]] bool empty() const;
@@ -38,13 +44,24 @@ class FullTextSearchIndex {
   static std::vector<std::string> tokenize(std::string_view text);
   /// The ids of the messages that hold every token of the query; none for a query without tokens.
   [[nodiscard]] std::unordered_set<Text> matchingMessageIDs(std::string_view query) const;
+  /// The same as places, ascending, in the list given last to build, update or align. Costs what it finds.
+  [[nodiscard]] std::vector<std::uint32_t> positionsMatching(std::string_view query) const;
+  /// Number of (token, message) pairs held.
+  [[nodiscard]] std::uint64_t pairCount() const;
+  /// Bytes held, message ids left out.
+  [[nodiscard]] std::size_t memory() const;
 
   friend bool operator==(const FullTextSearchIndex& a, const FullTextSearchIndex& b) {
     return a.data_ == b.data_;
   }
 
  private:
+  struct Part;
   struct Data;
+  void compact(Data& data) const;
+  template <typename Visit>
+  void forEachMatch(std::string_view query, Visit visit) const;
+
   std::shared_ptr<const Data> data_;
 };
 

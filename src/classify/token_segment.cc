@@ -123,6 +123,64 @@ std::shared_ptr<const TokenSegment> TokenSegmentBuilder::finish() {
   return segment;
 }
 
+std::shared_ptr<const TokenSegment> TokenSegment::merge(std::span<const MergePart> parts, std::size_t count) {
+  auto merged = std::make_shared<TokenSegment>();
+  merged->messageIDs_.resize(count);
+  for (const auto& part : parts) {
+    for (std::size_t i = 0; i < part.newNumbers.size(); ++i) {
+      if (part.newNumbers[i] != dropped) {
+        merged->messageIDs_[part.newNumbers[i]] = part.segment->messageIDs_[i];
+      }
+    }
+  }
+  std::vector<std::size_t> next(parts.size(), 0);
+  std::vector<std::uint32_t> numbers;
+  while (true) {
+    std::string_view smallest;
+    bool any = false;
+    for (std::size_t p = 0; p < parts.size(); ++p) {
+      if (next[p] < parts[p].segment->tokenCount()) {
+        const auto candidate = parts[p].segment->token(next[p]);
+        if (!any || candidate < smallest) {
+          smallest = candidate;
+          any = true;
+        }
+      }
+    }
+    if (!any) {
+      break;
+    }
+    numbers.clear();
+    for (std::size_t p = 0; p < parts.size(); ++p) {
+      if (next[p] < parts[p].segment->tokenCount() && parts[p].segment->token(next[p]) == smallest) {
+        for (const auto old : parts[p].segment->messagesWith(next[p]++)) {
+          if (parts[p].newNumbers[old] != dropped) {
+            numbers.push_back(parts[p].newNumbers[old]);
+          }
+        }
+      }
+    }
+    if (numbers.empty()) {
+      continue;
+    }
+    std::ranges::sort(numbers);
+    merged->tokenBytes_ += smallest;
+    merged->tokenEnds_.push_back(merged->tokenBytes_.size());
+    std::uint32_t previous = 0;
+    for (const auto number : numbers) {
+      appendNumber(merged->postings_, number - previous);
+      previous = number;
+    }
+    merged->postingEnds_.push_back(merged->postings_.size());
+    merged->pairCount_ += numbers.size();
+  }
+  merged->tokenBytes_.shrink_to_fit();
+  merged->postings_.shrink_to_fit();
+  merged->tokenEnds_.shrink_to_fit();
+  merged->postingEnds_.shrink_to_fit();
+  return merged;
+}
+
 std::string_view TokenSegment::token(std::size_t index) const {
   const auto begin = index == 0 ? 0 : tokenEnds_[index - 1];
   return std::string_view(tokenBytes_).substr(begin, tokenEnds_[index] - begin);

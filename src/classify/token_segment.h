@@ -21,6 +21,15 @@ class TokenSegment {
   static std::shared_ptr<const TokenSegment> build(
       std::span<const std::shared_ptr<const EmailMessage>> messages);
 
+  /// One part of a merge: a segment, and for each of its messages the number in the result, or `dropped`.
+  struct MergePart {
+    const TokenSegment* segment;
+    std::span<const std::uint32_t> newNumbers;
+  };
+  static constexpr std::uint32_t dropped = 0xFFFFFFFF;
+  /// One segment with the messages of several. The new numbers are distinct and cover 0 to count - 1.
+  static std::shared_ptr<const TokenSegment> merge(std::span<const MergePart> parts, std::size_t count);
+
   [[nodiscard]] const std::vector<Text>& messageIDs() const { return messageIDs_; }
   [[nodiscard]] std::size_t tokenCount() const { return tokenEnds_.size(); }
   /// Number of (token, message) pairs.

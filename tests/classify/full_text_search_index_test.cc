@@ -1,6 +1,7 @@
 #include "classify/full_text_search_index.h"
 
 #include <algorithm>
+#include <random>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -119,6 +120,85 @@ TEST(FullTextSearchIndex, EntriesLoadBackToTheSameIndex) {
     EXPECT_EQ(built.matchingMessageIDs(query), loaded.matchingMessageIDs(query)) << query;
   }
   EXPECT_EQ(built.matchingMessageIDs("word3").size(), 86U);
+}
+
+std::vector<std::pair<std::string, std::string>> sortedEntries(const FullTextSearchIndex& index) {
+  std::vector<std::pair<std::string, std::string>> pairs;
+  for (const auto& entry : index.entries()) {
+    pairs.emplace_back(entry.token.string(), entry.messageID.string());
+  }
+  std::ranges::sort(pairs);
+  return pairs;
+}
+
+TEST(FullTextSearchIndex, AnUpdateEndsAsAFullBuildWhateverHasChanged) {
+  std::mt19937 random(7);
+  MessageList messages;
+  FullTextSearchIndex updated;
+  int nextID = 0;
+  for (int round = 0; round < 60; ++round) {
+    for (int change = 0; change < 12; ++change) {
+      const auto kind = random() % 4;
+      if (kind == 0 || messages.empty()) {
+        const auto id = std::to_string(nextID++);
+        const auto body =
+            "word" + std::to_string(random() % 9) + " common token" + std::to_string(random() % 40);
+        messages.insert(messages.begin() + static_cast<long>(random() % (messages.size() + 1)),
+                        message(id.c_str(), body.c_str()));
+      } else if (kind == 1) {
+        messages.erase(messages.begin() + static_cast<long>(random() % messages.size()));
+      } else if (kind == 2) {
+        auto& place = messages[random() % messages.size()];
+        place = message(place->id.string().c_str(), ("other" + std::to_string(random() % 5)).c_str());
+      } else {
+        auto& place = messages[random() % messages.size()];
+        auto copy = std::make_shared<EmailMessage>(*place);
+        copy->category = Text("Work");
+        place = copy;
+      }
+    }
+    updated.update(messages);
+    const auto built = indexOf(messages);
+    ASSERT_EQ(sortedEntries(updated), sortedEntries(built)) << "round " << round;
+    for (const auto* query : {"common", "word3", "word3 common", "other1", "ana"}) {
+      ASSERT_EQ(updated.positionsMatching(query), built.positionsMatching(query)) << query;
+    }
+  }
+}
+
+/// A body that counts how often it is read.
+class CountedBody final : public ContentSource {
+ public:
+  [[nodiscard]] std::string bytes() const override {
+    ++reads;
+    return "counted words";
+  }
+  [[nodiscard]] std::uint64_t size() const override { return 13; }
+  mutable int reads = 0;
+};
+
+TEST(FullTextSearchIndex, AnUpdateReadsOnlyWhatIsNewOrHasChangedItsText) {
+  const auto body = std::make_shared<CountedBody>();
+  auto first = std::make_shared<EmailMessage>();
+  first->id = "1";
+  first->plainBody = Content(body);
+  FullTextSearchIndex index;
+  index.build({first});
+  EXPECT_EQ(body->reads, 1);
+  auto categorised = std::make_shared<EmailMessage>(*first);
+  categorised->category = Text("Work");
+  index.update({message("2", "new"), categorised});
+  EXPECT_EQ(body->reads, 1);
+  EXPECT_THAT(index.positionsMatching("counted"), ElementsAre(1U));
+  EXPECT_THAT(index.positionsMatching("new"), ElementsAre(0U));
+}
+
+TEST(FullTextSearchIndex, LoadedEntriesFindTheirPlacesInAList) {
+  FullTextSearchIndex index;
+  index.load({{"alpha", "b"}, {"alpha", "a"}, {"beta", "a"}, {"alpha", "gone"}});
+  index.align({message("a", ""), message("x", ""), message("b", "")});
+  EXPECT_THAT(index.positionsMatching("alpha"), ElementsAre(0U, 2U));
+  EXPECT_THAT(index.positionsMatching("alpha beta"), ElementsAre(0U));
 }
 
 }  // namespace
