@@ -1,0 +1,46 @@
+# The commands of every day. The build itself is CMake's; its presets are in CMakePresets.json.
+#
+#   make run [ARCHIVE=file.mbox]   install what is missing, build, import the archive, open the window
+#   make test                      install what is missing, build, run every check and test
+#   make bench                     measure (BENCH_FLAGS="--quick" for a short run)
+#   make lint                      formatting, layering, script and static checks
+#   make clean                     remove the build folders
+
+ARCHIVE ?=
+TIDEWRACK_CORPUS ?=
+BENCH_FLAGS ?=
+CONFIGURE_FLAGS = -DTIDEWRACK_CORPUS="$(TIDEWRACK_CORPUS)"
+
+.PHONY: all packages build run test bench lint clean
+
+all: build
+
+packages:
+	@tools/install-packages
+
+build: packages
+	cmake --preset release $(CONFIGURE_FLAGS)
+	cmake --build --preset release
+
+run: packages
+	cmake --preset release
+	cmake --build --preset release --target programs
+	tools/run "$(ARCHIVE)"
+
+# The layers below the window are tested a second time under the address and undefined-behaviour sanitizers.
+test: build lint
+	cmake --preset debug $(CONFIGURE_FLAGS)
+	cmake --build --preset debug
+	ctest --preset release
+	ctest --preset debug
+
+bench: packages
+	cmake --preset bench
+	cmake --build --preset bench
+	build/bench/tidewrack-bench $(BENCH_FLAGS)
+
+lint: packages
+	tools/lint
+
+clean:
+	rm -rf build
