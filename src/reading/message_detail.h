@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,6 +10,7 @@
 #include "mail/records.h"
 #include "platform/executor.h"
 #include "platform/observable.h"
+#include "platform/settings.h"
 #include "platform/task.h"
 #include "reading/detail_rows.h"
 #include "reading/html_load_memory.h"
@@ -28,17 +28,6 @@ std::string_view icon(HTMLBackgroundPreference preference);
 /// "auto", "light", "dark"; any other stored text counts as automatic.
 std::string_view rawValue(HTMLBackgroundPreference preference);
 HTMLBackgroundPreference htmlBackgroundPreference(std::string_view rawValue);
-
-/// The settings that the detail reads, with the defaults that it gives them.
-struct DetailPreferences {
-  std::string htmlBackgroundMode = "auto";
-  bool intelligenceEnabled = true;
-  bool enableSmartSummaries = true;
-  bool enableSmartReply = true;
-  bool enableCategoryDetection = true;
-  bool enableSentimentAnalysis = false;
-  friend bool operator==(const DetailPreferences&, const DetailPreferences&) = default;
-};
 
 /// What fills the body area. Two bodies are equal when they share the same text.
 struct DetailBody {
@@ -67,8 +56,8 @@ class MessageDetail {
  public:
   using MessagePointer = std::shared_ptr<const EmailMessage>;
 
-  /// Both must outlive the detail.
-  MessageDetail(Executor& executor, IntelligenceService& intelligence);
+  /// All three must outlive the detail. Its settings are followed as they change.
+  MessageDetail(Executor& executor, Settings& settings, IntelligenceService& intelligence);
   ~MessageDetail();
   MessageDetail(const MessageDetail&) = delete;
   MessageDetail& operator=(const MessageDetail&) = delete;
@@ -76,14 +65,10 @@ class MessageDetail {
   /// Shows another message, or none. Another value of the same message (the same id) only refreshes the
   /// header, the badges and the attachments.
   void setMessage(MessagePointer message);
-  /// The user's settings as they are now.
-  void setPreferences(DetailPreferences preferences);
   void setSystemIsDark(bool isDark);
-  /// The pickers. The background goes to storeHTMLBackgroundMode to be kept.
+  /// The two pickers. A chosen background is stored as the setting htmlBackgroundMode.
   void setDisplayMode(BodyDisplayMode mode);
   void setHTMLBackground(HTMLBackgroundPreference preference);
-  /// Called with the raw value that the user has chosen for the setting htmlBackgroundMode.
-  std::function<void(std::string_view rawValue)> storeHTMLBackgroundMode;
 
   // What the view shows; set by this class only.
   Observable<MessagePointer> message;
@@ -142,9 +127,10 @@ class MessageDetail {
   Task<> readPlainText();
 
   Executor& executor_;
+  Settings& settings_;
   IntelligenceService& intelligence_;
-  DetailPreferences preferences_;
   bool systemIsDark_ = false;
+  std::vector<Subscription> subscriptions_;
   SharedHTML storedHTML_;
   SharedHTML resolvedHTMLCache_;
   std::optional<Text> resolvedHTMLMessageID_;
