@@ -97,7 +97,7 @@ class Generator {
     converted.reserve(message_.size() + message_.size() / 40);
     for (const char c : message_) {
       if (c == '\n') {
-        converted += '\r';
+        converted += "\r";
       }
       converted += c;
     }
@@ -136,7 +136,7 @@ class Generator {
       if (i > 0) {
         message_ += "\n ";
         if (language.spaced) {
-          bytes.insert(0, " ");
+          bytes.insert(bytes.begin(), ' ');
         }
       }
       appendEncodedWord(message_, bytes, name, base64);
