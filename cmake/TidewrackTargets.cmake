@@ -12,6 +12,8 @@ find_package(ICU 72 REQUIRED COMPONENTS uc i18n data)
 find_package(nlohmann_json 3.11 REQUIRED)
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3>=3.40)
 pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0>=2.74 gio-unix-2.0)
+pkg_check_modules(SOUP REQUIRED IMPORTED_TARGET libsoup-3.0>=3.2)
+pkg_check_modules(PIXBUF REQUIRED IMPORTED_TARGET gdk-pixbuf-2.0>=2.42)
 
 add_library(tidewrack_flags INTERFACE)
 target_include_directories(tidewrack_flags INTERFACE "${CMAKE_SOURCE_DIR}/src")
