@@ -1,0 +1,357 @@
+#include "platform/unicode.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include <unicode/brkiter.h>
+#include <unicode/bytestream.h>
+#include <unicode/casemap.h>
+#include <unicode/coll.h>
+#include <unicode/normalizer2.h>
+#include <unicode/uchar.h>
+#include <unicode/uscript.h>
+#include <unicode/utext.h>
+
+#include "platform/utf8.h"
+
+namespace tidewrack {
+namespace {
+
+bool isASCII(std::string_view text) noexcept {
+  unsigned char all = 0;
+  for (const char byte : text) {
+    all |= static_cast<unsigned char>(byte);
+  }
+  return all < 0x80;
+}
+
+// ICU counts in 32 bits. Longer texts are worked on in pieces, cut between characters.
+template <typename Work>
+void forEachPiece(std::string_view text, const Work& work) {
+  constexpr std::size_t most = std::size_t{1} << 29U;
+  while (!text.empty()) {
+    std::size_t size = std::min(text.size(), most);
+    while (size < text.size() && isTrailByte(text[size])) {
+      --size;
+    }
+    work(text.substr(0, size));
+    text.remove_prefix(size);
+  }
+}
+
+bool usesLatinGreekOrCyrillic(char32_t character) noexcept {
+  UErrorCode status = U_ZERO_ERROR;
+  switch (uscript_getScript(static_cast<UChar32>(character), &status)) {
+    case USCRIPT_LATIN:
+    case USCRIPT_GREEK:
+    case USCRIPT_CYRILLIC:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// The letter under the diacritics of a Latin, Greek or Cyrillic letter; 0 for any other character.
+char32_t baseLetter(char32_t character) {
+  const auto code = static_cast<UChar32>(character);
+  if (!u_isalpha(code) || !usesLatinGreekOrCyrillic(character)) {
+    return 0;
+  }
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::Normalizer2* canonical = icu::Normalizer2::getNFDInstance(status);
+  icu::UnicodeString parts;
+  if (U_FAILURE(status) || !canonical->getDecomposition(code, parts)) {
+    return character;
+  }
+  return static_cast<char32_t>(parts.char32At(0));
+}
+
+// All three scripts have their composed letters below this.
+constexpr char32_t tableSize = 0x2200;
+
+const std::vector<char32_t>& baseLetters() {
+  static const std::vector<char32_t> table = [] {
+    std::vector<char32_t> letters(tableSize);
+    for (char32_t character = 0; character < tableSize; ++character) {
+      letters[character] = baseLetter(character);
+    }
+    return letters;
+  }();
+  return table;
+}
+
+bool isMark(char32_t character) noexcept {
+  return character >= 0x300 && u_charType(static_cast<UChar32>(character)) == U_NON_SPACING_MARK;
+}
+
+// Walks over the ends of user-perceived characters. One a thread.
+class GraphemeBreaker {
+ public:
+  GraphemeBreaker() {
+    UErrorCode status = U_ZERO_ERROR;
+    iterator_.reset(icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+  }
+  ~GraphemeBreaker() { utext_close(&text_); }
+  GraphemeBreaker(const GraphemeBreaker&) = delete;
+  GraphemeBreaker& operator=(const GraphemeBreaker&) = delete;
+
+  // Moves over at most `count` characters; gives their number and their bytes.
+  std::pair<std::size_t, std::size_t> walk(std::string_view text, std::size_t count) {
+    UErrorCode status = U_ZERO_ERROR;
+    utext_openUTF8(&text_, text.data(), static_cast<std::int64_t>(text.size()), &status);
+    iterator_->setText(&text_, status);
+    std::size_t characters = 0;
+    std::int32_t end = 0;
+    while (characters < count) {
+      const std::int32_t next = iterator_->next();
+      if (next == icu::BreakIterator::DONE) {
+        break;
+      }
+      end = next;
+      ++characters;
+    }
+    return {characters, static_cast<std::size_t>(end)};
+  }
+
+  static GraphemeBreaker& ofThread() {
+    thread_local GraphemeBreaker breaker;
+    return breaker;
+  }
+
+ private:
+  std::unique_ptr<icu::BreakIterator> iterator_;
+  UText text_ = UTEXT_INITIALIZER;
+};
+
+// The collator of the current locale that ignores case. One a thread.
+const icu::Collator& caseInsensitiveCollator() {
+  thread_local std::string localeName;
+  thread_local std::unique_ptr<icu::Collator> collator;
+  const icu::Locale& current = icu::Locale::getDefault();
+  if (collator == nullptr || localeName != current.getName()) {
+    UErrorCode status = U_ZERO_ERROR;
+    collator.reset(icu::Collator::createInstance(current, status));
+    collator->setStrength(icu::Collator::SECONDARY);
+    localeName = current.getName();
+  }
+  return *collator;
+}
+
+bool currentLanguageIsTurkic() {
+  const std::string_view language = icu::Locale::getDefault().getLanguage();
+  return language == "tr" || language == "az";
+}
+
+// The form in which texts that differ in case, or are canonically equivalent, are equal. Composed first,
+// since the Turkish dotted capital I folds as a whole.
+icu::UnicodeString caseFolded(std::string_view text, bool turkic) {
+  UErrorCode status = U_ZERO_ERROR;
+  auto folded = icu::Normalizer2::getNFCInstance(status)->normalize(
+      icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size()))),
+      status);
+  folded.foldCase(turkic ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT);
+  return icu::Normalizer2::getNFDInstance(status)->normalize(folded, status);
+}
+
+char lowerASCII(char byte) noexcept {
+  return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + 32) : byte;
+}
+
+}  // namespace
+
+bool isWhitespaceOrNewline(char32_t character) noexcept {
+  // The categories Z* with the control characters named are exactly the property White_Space.
+  return isRegexSpace(character);
+}
+
+bool isRegexSpace(char32_t character) noexcept {
+  return character < 0x80 ? spaceHint(static_cast<char>(character)) == SpaceHint::space
+                          : u_isUWhiteSpace(static_cast<UChar32>(character)) != 0;
+}
+
+std::string_view trimWhitespaceAndNewlines(std::string_view text) noexcept {
+  const char* begin = text.data();
+  const char* end = begin + text.size();
+  while (begin < end) {
+    const std::size_t length = spaceLength(begin, end);
+    if (length == 0) {
+      break;
+    }
+    begin += length;
+  }
+  while (begin < end) {
+    const char* last = end - 1;
+    while (last > begin && isTrailByte(*last)) {
+      --last;
+    }
+    if (spaceLength(last, end) == 0) {
+      break;
+    }
+    end = last;
+  }
+  return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+std::string collapseWhitespace(std::string_view text) {
+  return collapseWhitespace(text, std::numeric_limits<std::size_t>::max());
+}
+
+std::string collapseWhitespace(std::string_view text, std::size_t size) {
+  std::string result;
+  result.reserve(std::min(text.size(), size < text.size() ? size + 4 : size));
+  const char* position = text.data();
+  const char* const end = position + text.size();
+  bool blankDue = false;
+  while (position < end && result.size() < size) {
+    if (const std::size_t length = spaceLength(position, end); length != 0) {
+      blankDue = !result.empty();
+      position += length;
+      continue;
+    }
+    if (blankDue) {
+      result.push_back(' ');
+      blankDue = false;
+    }
+    // A run without white space goes in one piece, ended after a whole character.
+    const std::size_t room = size - result.size();
+    const char* const limit = static_cast<std::size_t>(end - position) <= room ? end : position + room;
+    const char* run = position + 1;
+    while (run < limit && (spaceHint(*run) == SpaceHint::none || spaceLength(run, end) == 0)) {
+      ++run;
+    }
+    while (run < end && isTrailByte(*run)) {
+      ++run;
+    }
+    result.append(position, run);
+    position = run;
+  }
+  return result;
+}
+
+std::string lowercase(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  if (isASCII(text)) {
+    std::transform(text.begin(), text.end(), std::back_inserter(result), lowerASCII);
+    return result;
+  }
+  icu::StringByteSink<std::string> sink(&result);
+  forEachPiece(text, [&sink](std::string_view piece) {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::CaseMap::utf8ToLower("", 0, {piece.data(), static_cast<std::int32_t>(piece.size())}, sink, nullptr,
+                              status);
+  });
+  return result;
+}
+
+std::string uppercase(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  icu::StringByteSink<std::string> sink(&result);
+  forEachPiece(text, [&sink](std::string_view piece) {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::CaseMap::utf8ToUpper("", 0, {piece.data(), static_cast<std::int32_t>(piece.size())}, sink, nullptr,
+                              status);
+  });
+  return result;
+}
+
+std::string foldDiacritics(std::string_view text) {
+  if (isASCII(text)) {
+    return std::string(text);
+  }
+  const auto& letters = baseLetters();
+  std::string result;
+  result.reserve(text.size());
+  const char* position = text.data();
+  const char* const end = position + text.size();
+  bool dropMarks = false;  // The last character that was no mark is a letter of the three scripts.
+  while (position < end) {
+    const char* const start = position;
+    const char32_t character = nextCharacter(position);
+    if (isMark(character)) {
+      if (!dropMarks) {
+        result.append(start, position);
+      }
+      continue;
+    }
+    const char32_t base = character < tableSize ? letters[character] : baseLetter(character);
+    dropMarks = base != 0;
+    if (base == 0 || base == character) {
+      result.append(start, position);
+    } else {
+      appendCharacter(result, base);
+    }
+  }
+  return result;
+}
+
+std::size_t graphemeCount(std::string_view text) {
+  if (isASCII(text)) {  // Only CRLF holds more than one of these.
+    std::size_t count = text.size();
+    for (std::size_t index = 1; index < text.size(); ++index) {
+      count -= text[index] == '\n' && text[index - 1] == '\r' ? 1 : 0;
+    }
+    return count;
+  }
+  std::size_t count = 0;
+  forEachPiece(text, [&count](std::string_view piece) {
+    count += GraphemeBreaker::ofThread().walk(piece, std::numeric_limits<std::size_t>::max()).first;
+  });
+  return count;
+}
+
+std::string_view graphemePrefix(std::string_view text, std::size_t count) {
+  // Printable ASCII up to one character behind the end: nothing there can join with what follows.
+  std::size_t plain = 0;
+  while (plain < text.size() && plain <= count && text[plain] >= ' ' && text[plain] <= '~') {
+    ++plain;
+  }
+  if (plain == text.size() || plain > count) {
+    return text.substr(0, count);
+  }
+  std::size_t size = 0;
+  std::size_t left = count;
+  forEachPiece(text, [&](std::string_view piece) {
+    if (left > 0) {
+      const auto [characters, bytes] = GraphemeBreaker::ofThread().walk(piece, left);
+      left -= characters;
+      size += bytes;
+    }
+  });
+  return text.substr(0, size);
+}
+
+int localizedCaseInsensitiveCompare(std::string_view a, std::string_view b) {
+  const auto piece = [](std::string_view text) {
+    return icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size()));
+  };
+  UErrorCode status = U_ZERO_ERROR;
+  return caseInsensitiveCollator().compareUTF8(piece(a), piece(b), status);
+}
+
+bool localizedCaseInsensitiveContains(std::string_view text, std::string_view part) {
+  if (part.empty()) {
+    return false;
+  }
+  const bool turkic = currentLanguageIsTurkic();
+  if (!turkic && isASCII(text) && isASCII(part)) {
+    return std::search(text.begin(), text.end(), part.begin(), part.end(),
+                       [](char a, char b) { return lowerASCII(a) == lowerASCII(b); }) != text.end();
+  }
+  const auto wanted = caseFolded(part, turkic);
+  bool isHeld = false;
+  forEachPiece(text, [&](std::string_view piece) {
+    const auto whole = caseFolded(piece, turkic);
+    for (std::int32_t at = whole.indexOf(wanted); at >= 0 && !isHeld; at = whole.indexOf(wanted, at + 1)) {
+      // A letter is not held where the text has the letter with a mark.
+      const std::int32_t behind = at + wanted.length();
+      isHeld = behind == whole.length() || u_getCombiningClass(whole.char32At(behind)) == 0;
+    }
+  });
+  return isHeld;
+}
+
+}  // namespace tidewrack

@@ -1,0 +1,17 @@
+#include "platform/digest.h"
+
+#include <gtest/gtest.h>
+
+namespace tidewrack {
+namespace {
+
+// FIPS 180-4 example values.
+TEST(Digest, SHA256OfKnownTexts) {
+  EXPECT_EQ(sha256Hex(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+  EXPECT_EQ(sha256Hex("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+  EXPECT_EQ(sha256Hex(std::string(1000000, 'a')),
+            "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
+}
+
+}  // namespace
+}  // namespace tidewrack
