@@ -1,0 +1,187 @@
+#include <array>
+
+#include "export/exporters.h"
+#include "platform/byte_count.h"
+#include "platform/date_styles.h"
+
+namespace tidewrack {
+namespace {
+
+constexpr std::string_view head = R"html(<!DOCTYPE html>
+<html lang="es">
+<head>
+    <meta charset="UTF-8">
+    <meta name="viewport" content="width=device-width, initial-scale=1.0">
+    <title>Mensajes Exportados - Tidewrack</title>
+    <style>
+        body {
+            font-family: -apple-system, BlinkMacSystemFont, "Segoe UI", Roboto, sans-serif;
+            max-width: 900px;
+            margin: 0 auto;
+            padding: 20px;
+            background-color: #f5f5f7;
+        }
+        .message {
+            background: white;
+            border-radius: 12px;
+            padding: 20px;
+            margin-bottom: 20px;
+            box-shadow: 0 2px 8px rgba(0,0,0,0.1);
+        }
+        .message-header {
+            border-bottom: 1px solid #e5e5e5;
+            padding-bottom: 15px;
+            margin-bottom: 15px;
+        }
+        .subject {
+            font-size: 24px;
+            font-weight: 600;
+            margin-bottom: 10px;
+            color: #1d1d1f;
+        }
+        .metadata {
+            font-size: 14px;
+            color: #666;
+            line-height: 1.6;
+        }
+        .body {
+            line-height: 1.6;
+            color: #1d1d1f;
+        }
+        .labels {
+            margin-top: 10px;
+        }
+        .label {
+            display: inline-block;
+            background: #007aff;
+            color: white;
+            padding: 4px 12px;
+            border-radius: 12px;
+            font-size: 12px;
+            margin-right: 6px;
+        }
+        .attachments {
+            margin-top: 15px;
+            padding-top: 15px;
+            border-top: 1px solid #e5e5e5;
+        }
+        .attachment {
+            background: #f5f5f7;
+            padding: 8px 12px;
+            border-radius: 6px;
+            margin-top: 6px;
+            font-size: 14px;
+        }
+        h1 {
+            text-align: center;
+            color: #1d1d1f;
+        }
+        .summary {
+            text-align: center;
+            color: #666;
+            margin-bottom: 30px;
+        }
+    </style>
+</head>
+<body>
+    <h1>📧 Mensajes Exportados</h1>
+    <p class="summary">Total de mensajes: )html";
+
+void appendEscaped(std::string& html, std::string_view text) {
+  for (const char character : text) {
+    switch (character) {
+      case '&':
+        html += "&amp;";
+        break;
+      case '<':
+        html += "&lt;";
+        break;
+      case '>':
+        html += "&gt;";
+        break;
+      case '"':
+        html += "&quot;";
+        break;
+      case '\'':
+        html += "&#39;";
+        break;
+      default:
+        html += character;
+    }
+  }
+}
+
+void appendBody(std::string& html, const EmailMessage& message) {
+  if (message.htmlBody) {
+    html += message.htmlBody->bytes();
+  } else if (message.plainBody) {
+    html += "<pre>";
+    appendEscaped(html, message.plainBody->bytes());
+    html += "</pre>";
+  } else {
+    html += "<p>";
+    appendEscaped(html, message.snippet);
+    html += "</p>";
+  }
+}
+
+void appendMessage(std::string& html, const EmailMessage& message, const DateStyle& dateStyle) {
+  html += "<div class=\"message\">\n    <div class=\"message-header\">\n        <div class=\"subject\">";
+  appendEscaped(html, message.subject);
+  html += "</div>\n        <div class=\"metadata\">\n            <div><strong>De:</strong> ";
+  appendEscaped(html, displayForm(message.from));
+  html += "</div>\n            <div><strong>Para:</strong> ";
+  appendEscaped(html, displayForms(message.to));
+  html += "</div>";
+  if (!message.cc.empty()) {
+    html += "        <div><strong>CC:</strong> ";
+    appendEscaped(html, displayForms(message.cc));
+    html += "</div>";
+  }
+  if (message.date) {
+    html += "        <div><strong>Fecha:</strong> ";
+    appendEscaped(html, dateStyle.format(*message.date));
+    html += "</div>";
+  }
+  html += "        </div>";
+  if (!message.labels.empty()) {
+    html += "    <div class=\"labels\">";
+    for (const auto& label : message.labels) {
+      html += "        <span class=\"label\">";
+      appendEscaped(html, label);
+      html += "</span>";
+    }
+    html += "    </div>";
+  }
+  html += "    </div>\n    <div class=\"body\">";
+  appendBody(html, message);
+  html += "    </div>";
+  if (!message.attachments.empty()) {
+    html += "<div class=\"attachments\">\n    <strong>📎 Adjuntos (" +
+            std::to_string(message.attachments.size()) + "):</strong>";
+    for (const auto& attachment : message.attachments) {
+      html += "<div class=\"attachment\">";
+      appendEscaped(html, attachment.fileName);
+      html += " - " + formatByteCount(attachment.data.size()) + "</div>";
+    }
+    html += "</div>";
+  }
+  html += "</div>";
+}
+
+}  // namespace
+
+void exportHTML(const ExportRun& run) {
+  const auto dateStyle = DateStyle::longDateAndTime();
+  run.sink(std::string(head) + std::to_string(run.messages.size()) + "</p>\n");
+  std::size_t done = 0;
+  for (const auto& message : run.messages) {
+    std::string html;
+    appendMessage(html, *message, dateStyle);
+    run.sink(html);
+    run.finished(++done);
+  }
+  run.sink("</body>\n</html>");
+}
+
+}  // namespace tidewrack

@@ -1,0 +1,69 @@
+#include "platform/date_styles.h"
+
+#include <unicode/dtptngen.h>
+#include <unicode/smpdtfmt.h>
+#include <unicode/unistr.h>
+
+namespace tidewrack {
+
+struct DateStyle::Formatter {
+  std::unique_ptr<icu::SimpleDateFormat> format;
+};
+
+DateStyle::DateStyle(std::unique_ptr<Formatter> formatter) : formatter_(std::move(formatter)) {}
+DateStyle::DateStyle(DateStyle&&) noexcept = default;
+DateStyle& DateStyle::operator=(DateStyle&&) noexcept = default;
+DateStyle::~DateStyle() = default;
+
+DateStyle DateStyle::localised(const char* skeleton) {
+  UErrorCode status = U_ZERO_ERROR;
+  const auto& locale = icu::Locale::getDefault();
+  const std::unique_ptr<icu::DateTimePatternGenerator> patterns(
+      icu::DateTimePatternGenerator::createInstance(locale, status));
+  auto formatter = std::make_unique<Formatter>();
+  if (U_SUCCESS(status)) {
+    const auto pattern = patterns->getBestPattern(icu::UnicodeString::fromUTF8(skeleton), status);
+    formatter->format = std::make_unique<icu::SimpleDateFormat>(pattern, locale, status);
+  }
+  if (U_FAILURE(status)) {
+    formatter->format.reset();
+  }
+  return DateStyle(std::move(formatter));
+}
+
+DateStyle DateStyle::longDateAndTime() {
+  return localised("yMMMMdjmmss");
+}
+DateStyle DateStyle::numericDateAndTime() {
+  return localised("yMdjmmss");
+}
+DateStyle DateStyle::abbreviatedDateAndTime() {
+  return localised("yMMMdjmmss");
+}
+DateStyle DateStyle::abbreviatedDate() {
+  return localised("yMMMd");
+}
+
+DateStyle DateStyle::mboxSeparator() {
+  UErrorCode status = U_ZERO_ERROR;
+  auto formatter = std::make_unique<Formatter>();
+  formatter->format = std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString("EEE MMM dd HH:mm:ss yyyy"),
+                                                              icu::Locale("en_US_POSIX"), status);
+  if (U_FAILURE(status)) {
+    formatter->format.reset();
+  }
+  return DateStyle(std::move(formatter));
+}
+
+std::string DateStyle::format(Date date) const {
+  if (!formatter_->format) {
+    return formatISO8601(date);
+  }
+  icu::UnicodeString text;
+  formatter_->format->format(static_cast<double>(date.time_since_epoch().count()), text);
+  std::string bytes;
+  text.toUTF8String(bytes);
+  return bytes;
+}
+
+}  // namespace tidewrack
