@@ -1,0 +1,175 @@
+#include "cli/command_line.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <string_view>
+
+#include "platform/localized.h"
+#include "platform/unicode.h"
+
+namespace tidewrack {
+namespace {
+
+using Command = CommandLine::Command;
+using Form = CommandLine::Form;
+using Part = CommandLine::Part;
+
+struct CommandDefinition {
+  std::string_view name;
+  Command command;
+  std::size_t fewestOperands;
+  std::size_t mostOperands;
+};
+
+constexpr auto anyNumber = std::numeric_limits<std::size_t>::max();
+constexpr std::array commands = {CommandDefinition{"parse", Command::parse, 1, anyNumber},
+                                 CommandDefinition{"import", Command::import, 1, anyNumber},
+                                 CommandDefinition{"libraries", Command::libraries, 0, 0},
+                                 CommandDefinition{"messages", Command::messages, 0, 0},
+                                 CommandDefinition{"show", Command::show, 1, 1},
+                                 CommandDefinition{"rename", Command::rename, 2, 2},
+                                 CommandDefinition{"delete", Command::deleteLibrary, 1, 1}};
+
+UsageFailure unknownOption(const std::string& option) {
+  return UsageFailure(formatText(
+      localized("ctl_unknown_option", "Unknown option: %@", "tidewrackctl usage error"), {option}));
+}
+
+/// The arguments after the command, taken one by one.
+class Reader {
+ public:
+  Reader(const std::vector<std::string>& arguments, CommandLine& result)
+      : arguments_(arguments), result_(result) {}
+
+  void read(std::size_t first) {
+    bool optionsEnded = false;
+    for (position_ = first; position_ < arguments_.size(); ++position_) {
+      const auto& argument = arguments_[position_];
+      if (optionsEnded || argument.size() < 2 || argument[0] != '-') {
+        result_.operands.push_back(argument);
+      } else if (argument == "--") {
+        optionsEnded = true;
+      } else {
+        readOption(argument);
+      }
+    }
+  }
+
+ private:
+  void readOption(const std::string& argument) {
+    const auto equals = argument.find('=');
+    const auto name = argument.substr(0, equals);
+    const auto command = result_.command;
+    const bool listsMessages = command == Command::messages;
+    if (name == "--digest" && equals == std::string::npos && (listsMessages || command == Command::parse)) {
+      setOnce(result_.form, Form::digest, Form::columns);
+    } else if (name == "--json" && equals == std::string::npos && listsMessages) {
+      setOnce(result_.form, Form::json, Form::columns);
+    } else if (name == "--library" && listsMessages) {
+      result_.libraryID = value(argument, equals);
+    } else if (name == "--text" && equals == std::string::npos && command == Command::show) {
+      setOnce(result_.part, Part::text, Part::overview);
+    } else if (name == "--html" && equals == std::string::npos && command == Command::show) {
+      setOnce(result_.part, Part::html, Part::overview);
+    } else if (name == "--attachments" && command == Command::show) {
+      setOnce(result_.part, Part::attachments, Part::overview);
+      result_.attachmentsFolder = value(argument, equals);
+    } else {
+      throw unknownOption(argument);
+    }
+  }
+
+  // Two options that exclude each other are an error rather than a silent choice.
+  template <typename Choice>
+  void setOnce(Choice& choice, Choice chosen, Choice none) {
+    if (choice != none && choice != chosen) {
+      throw UsageFailure(
+          localized("ctl_options_exclude", "These options exclude each other.", "tidewrackctl usage error"));
+    }
+    choice = chosen;
+  }
+
+  std::string value(const std::string& argument, std::size_t equals) {
+    auto text = equals != std::string::npos         ? argument.substr(equals + 1)
+                : position_ + 1 < arguments_.size() ? arguments_[++position_]
+                                                    : std::string();
+    if (text.empty()) {
+      throw UsageFailure(formatText(
+          localized("ctl_option_needs_value", "The option %@ needs a value.", "tidewrackctl usage error"),
+          {argument.substr(0, equals)}));
+    }
+    return text;
+  }
+
+  const std::vector<std::string>& arguments_;
+  CommandLine& result_;
+  std::size_t position_ = 0;
+};
+
+}  // namespace
+
+CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
+  CommandLine result;
+  const auto optionsEnd = std::find(arguments.begin(), arguments.end(), "--");
+  if (std::find(arguments.begin(), optionsEnd, "--help") != optionsEnd) {
+    return result;
+  }
+  if (arguments.empty()) {
+    throw UsageFailure(localized("ctl_no_command", "A command is missing.", "tidewrackctl usage error"));
+  }
+  if (arguments == std::vector<std::string>{"--version"}) {
+    result.command = Command::version;
+    return result;
+  }
+  const auto definition =
+      std::find_if(commands.begin(), commands.end(),
+                   [&](const CommandDefinition& candidate) { return candidate.name == arguments[0]; });
+  if (definition == commands.end()) {
+    throw UsageFailure(formatText(
+        localized("ctl_unknown_command", "Unknown command: %@", "tidewrackctl usage error"), {arguments[0]}));
+  }
+  result.command = definition->command;
+  Reader(arguments, result).read(1);
+  if (result.operands.size() < definition->fewestOperands ||
+      result.operands.size() > definition->mostOperands) {
+    throw UsageFailure(formatText(
+        localized("ctl_wrong_operands", "Wrong number of arguments for \"%@\".", "tidewrackctl usage error"),
+        {arguments[0]}));
+  }
+  if (result.command == Command::rename && trimWhitespaceAndNewlines(result.operands[1]).empty()) {
+    throw UsageFailure(localized("ctl_empty_name", "A library needs a name.", "tidewrackctl usage error"));
+  }
+  return result;
+}
+
+std::string usageText() {
+  return localized("ctl_usage",
+                   R"(Usage: tidewrackctl COMMAND [ARGUMENT...]
+
+Commands:
+  parse [--digest] FILE...       print the messages of mail archives, one JSON object a line,
+                                 without storing anything
+  import FILE...                 make a library of each mail archive and print it as "libraries" does
+  libraries                      list the libraries: id, name, messages, import time, stored file
+  messages [--library ID] [--json | --digest]
+                                 list the messages, newest first: id, date, sender, subject;
+                                 or one JSON object a line
+  show ID [--text | --html | --attachments FOLDER]
+                                 show a message, only its text or HTML body, or save its
+                                 attachments into a folder
+  rename ID NAME                 give a library a new name
+  delete ID                      delete a library with its messages
+
+Options:
+  --digest                       print size and SHA-256 of attachments in place of their bytes
+  --help                         print this text
+  --version                      print the version
+
+Lists are aligned on a terminal and separated by tabs in a pipe. The exit status is 0 for success,
+1 for a failure and 2 for wrong usage.
+)",
+                   "tidewrackctl help; keep command and option names");
+}
+
+}  // namespace tidewrack

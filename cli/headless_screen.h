@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "library/model_container.h"
+#include "platform/main_loop_executor.h"
+#include "platform/settings.h"
+#include "screen/content_view.h"
+
+namespace tidewrack {
+
+/// The controller of the main window without a window, over the user's own data: the same store, catalog
+/// and settings, found the same way. One in a process.
+class HeadlessScreen {
+ public:
+  /// Opens the store and loads what it holds, as the window does when it appears. Throws Failure, for
+  /// example when the window has the store open.
+  HeadlessScreen();
+
+  [[nodiscard]] ContentView& screen() { return *screen_; }
+  /// The library with this id. Throws Failure when there is none.
+  [[nodiscard]] const MBOXLibrary& library(const std::string& id) const;
+  /// The loaded message with this id. Throws Failure when there is none.
+  [[nodiscard]] std::shared_ptr<const EmailMessage> message(const std::string& id) const;
+  /// Runs the main loop until the flow has ended. Throws what the screen reports as its error.
+  void run(Task<> flow);
+
+ private:
+  MainLoopExecutor executor_;
+  Settings settings_;
+  std::unique_ptr<ContentView> screen_;
+};
+
+}  // namespace tidewrack

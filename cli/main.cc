@@ -1,0 +1,76 @@
+// tidewrackctl: the program without its window, for scripts and servers.
+
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+#include <unistd.h>
+
+#include "cli/commands.h"
+#include "platform/localized.h"
+
+namespace {
+
+using namespace tidewrack;
+using Command = CommandLine::Command;
+
+constexpr int wrongUsage = 2;
+
+int run(const CommandLine& line, Output& output) {
+  switch (line.command) {
+    case Command::help:
+      output.write(usageText());
+      return EXIT_SUCCESS;
+    case Command::version:
+      output.write("tidewrackctl " TIDEWRACK_VERSION "\n");
+      return EXIT_SUCCESS;
+    case Command::parse:
+      return parseArchives(line, output);
+    case Command::import:
+      return importArchives(line, output);
+    case Command::libraries:
+      return listLibraries(output);
+    case Command::messages:
+      return listMessages(line, output);
+    case Command::show:
+      return showMessage(line, output);
+    case Command::rename:
+      return renameLibrary(line);
+    case Command::deleteLibrary:
+      return deleteLibrary(line);
+  }
+  return wrongUsage;
+}
+
+}  // namespace
+
+void tidewrack::reportFailure(const std::string& description) {
+  std::fprintf(stderr, "tidewrackctl: %s\n", description.c_str());
+}
+
+int main(int argc, char** argv) {
+  std::setlocale(LC_ALL, "");
+  std::signal(SIGPIPE, SIG_IGN);  // NOLINT(cert-err33-c): a closed pipe is met when writing.
+  Output output(STDOUT_FILENO);
+  try {
+    const auto line = parseCommandLine({argv + 1, argv + argc});
+    const int status = run(line, output);
+    output.flush();
+    return status;
+  } catch (const UsageFailure& failure) {
+    reportFailure(failure.what());
+    std::fputs(usageText().c_str(), stderr);
+    return wrongUsage;
+  } catch (const OutputClosed&) {
+    return EXIT_FAILURE;
+  } catch (const std::exception& failure) {
+    try {
+      output.flush();  // What was printed before the failure belongs to the reader.
+    } catch (const std::exception&) {
+      // The failure that is told next is the one that matters.
+    }
+    reportFailure(failure.what());
+    return EXIT_FAILURE;
+  }
+}
