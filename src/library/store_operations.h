@@ -34,11 +34,11 @@ using SaveProgress = std::function<void(std::size_t saved)>;
 /// in bounded memory. An empty list does nothing.
 ///
 /// Gives a list of the same length and order whose Contents refer to the stored rows, so that the archive
-/// can be let go; of messages with the same id each place holds the later one.
+/// can be let go; of messages with the same id each place holds the later one. A caller who moves his list in
+/// spares a second list.
 ///
 /// Two stored rows with the same id stop the process: nothing but this operation writes ids.
-MessageList saveMessages(const MessageList& messages, ModelContext& context,
-                         const SaveProgress& progress = {});
+MessageList saveMessages(MessageList messages, ModelContext& context, const SaveProgress& progress = {});
 
 /// Deletes the messages of a library with their attachments. An unknown id is no failure.
 void deleteMessages(std::string_view libraryID, ModelContext& context);

@@ -1,0 +1,290 @@
+#include "library/message_store.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "library/model_container.h"
+#include "library/store_schema.h"
+#include "platform/files.h"
+#include "platform/localized.h"
+
+namespace tidewrack {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Enough for one list, one body and one export at the same time.
+constexpr std::size_t maximumReaders = 4;
+
+// Measured on bodies of 1 to 20 KB and attachments of 100 to 300 KB: 16 KB pages write small mail twice as
+// fast as 4 KB pages and large mail as fast as any; a cache of 2 MB halves the speed, one over 32 MB gains
+// nothing.
+constexpr const char* newFilePragmas = "PRAGMA page_size = 16384; PRAGMA auto_vacuum = NONE;";
+constexpr const char* commonPragmas = "PRAGMA cell_size_check = ON; PRAGMA temp_store = MEMORY;";
+// Deleted mail is wiped where that costs no extra page; whole freed pages stay until they are used again.
+// A finished save survives a power failure (synchronous = FULL).
+constexpr const char* writerPragmas =
+    "PRAGMA cache_size = -32768; PRAGMA synchronous = FULL; PRAGMA secure_delete = FAST;"
+    "PRAGMA journal_size_limit = 67108864; PRAGMA wal_autocheckpoint = 1000;";
+// Only the writing connection checkpoints: two connections that do so can lose a commit in this version of
+// SQLite (the WAL-reset bug, mended in 3.51.3).
+constexpr const char* readerPragmas =
+    "PRAGMA cache_size = -8192; PRAGMA query_only = ON; PRAGMA wal_autocheckpoint = 0;";
+
+// What a row holds besides the bytes: its header and the key.
+constexpr std::int64_t rowOverhead = 1024;
+
+StoreFailure contentGone() {
+  return StoreFailure(localized("store_error_content_gone",
+                                "This part of the message is no longer in the mail store.",
+                                "Store failure: a body or attachment was deleted or replaced meanwhile"));
+}
+
+StoreFailure cannotMakeFolder(const FileFailure& failure) {
+  return StoreFailure(failure.what());
+}
+
+}  // namespace
+
+StoreConnection::StoreConnection(const fs::path& file, SQLiteConnection::Mode mode) : database_(file, mode) {
+  database_.execute(commonPragmas);
+  if (mode == SQLiteConnection::Mode::readOnly) {
+    database_.execute(readerPragmas);
+    return;
+  }
+  database_.execute(newFilePragmas);
+  database_.execute(writerPragmas);
+}
+
+std::optional<std::string> StoreConnection::content(std::int64_t number, std::uint64_t size) {
+  if (!first_) {
+    first_ = database_.prepare("SELECT bytes FROM content WHERE number = ?");
+    rest_ = database_.prepare("SELECT bytes FROM contentRest WHERE content = ? ORDER BY piece");
+  }
+  first_->bindInteger(1, number);
+  if (!first_->step()) {
+    first_->reset();
+    return std::nullopt;
+  }
+  std::string bytes(first_->bytes(0));
+  first_->reset();
+  if (bytes.size() < size) {
+    bytes.reserve(size);
+    rest_->bindInteger(1, number);
+    while (rest_->step()) {
+      bytes += rest_->bytes(0);
+    }
+    rest_->reset();
+  }
+  return bytes;
+}
+
+std::shared_ptr<MessageStore> MessageStore::open(const fs::path& file) {
+  try {
+    createPrivateFolders(file.parent_path());
+  } catch (const FileFailure& failure) {
+    throw cannotMakeFolder(failure);
+  }
+  auto lock = std::make_unique<StoreLock>(file.string() + ".lock");
+  return std::make_shared<MessageStore>(file, std::move(lock));
+}
+
+std::shared_ptr<MessageStore> MessageStore::inMemory() {
+  return std::make_shared<MessageStore>(std::nullopt, nullptr);
+}
+
+MessageStore::MessageStore(std::optional<fs::path> file, std::unique_ptr<StoreLock> lock)
+    : file_(std::move(file)),
+      lock_(std::move(lock)),
+      writer_(file_.value_or(fs::path()),
+              file_ ? SQLiteConnection::Mode::readWriteCreate : SQLiteConnection::Mode::inMemory),
+      pieceSize_(writer_.database().maximumLength() - rowOverhead) {
+  // A foreign or newer file is refused before anything in it is changed.
+  migrateStore(writer_.database());
+  exclusive_ = true;
+  leaveExclusive();
+}
+
+MessageStore::~MessageStore() {
+  // The last connection to go folds the WAL into the file, and that must be the writing one.
+  idleReaders_.clear();
+}
+
+std::string MessageStore::readContent(std::int64_t number, std::uint64_t size) {
+  std::optional<std::string> bytes;
+  if (auto reader = tryLease(true)) {
+    try {
+      bytes = reader->content(number, size);
+    } catch (...) {
+      giveBack(std::move(reader));
+      throw;
+    }
+    giveBack(std::move(reader));
+  } else {
+    const std::lock_guard turn(writerTurn_);
+    bytes = writer_.content(number, size);
+  }
+  if (!bytes || bytes->size() != size) {
+    throw contentGone();
+  }
+  return std::move(*bytes);
+}
+
+// A reading connection, or nothing while the writing one has to serve (or, when not waiting, while all are
+// in use).
+std::unique_ptr<StoreConnection> MessageStore::tryLease(bool waitForOne) {
+  {
+    std::unique_lock guard(readersMutex_);
+    const auto settled = [&] { return !switching_ && (exclusive_ || leasedReaders_ < maximumReaders); };
+    if (waitForOne) {
+      readersChanged_.wait(guard, settled);
+    } else if (!settled()) {
+      return nullptr;
+    }
+    if (exclusive_) {
+      return nullptr;
+    }
+    ++leasedReaders_;
+    if (!idleReaders_.empty()) {
+      auto reader = std::move(idleReaders_.back());
+      idleReaders_.pop_back();
+      return reader;
+    }
+  }
+  try {
+    return std::make_unique<StoreConnection>(*file_, SQLiteConnection::Mode::readOnly);
+  } catch (...) {
+    giveBack(nullptr);
+    throw;
+  }
+}
+
+void MessageStore::giveBack(std::unique_ptr<StoreConnection> connection) {
+  {
+    const std::lock_guard guard(readersMutex_);
+    --leasedReaders_;
+    if (connection) {
+      idleReaders_.push_back(std::move(connection));
+    }
+  }
+  readersChanged_.notify_all();
+}
+
+// Leaves WAL mode, which asks for every other connection to be closed. When another program has the file open
+// the store stays in WAL mode, which is slower but as good. The caller holds oneWriter_.
+void MessageStore::enterExclusive() {
+  {
+    std::unique_lock guard(readersMutex_);
+    if (exclusive_) {
+      return;
+    }
+    switching_ = true;
+    readersChanged_.wait(guard, [&] { return leasedReaders_ == 0; });
+    idleReaders_.clear();
+  }
+  bool left = false;
+  try {
+    left = writer_.database().queryText("PRAGMA journal_mode = DELETE") == "delete";
+  } catch (const StoreFailure&) {
+    left = false;
+  }
+  {
+    const std::lock_guard guard(readersMutex_);
+    exclusive_ = left;
+    switching_ = false;
+  }
+  readersChanged_.notify_all();
+}
+
+// Back to WAL mode. When that fails (on a full disk, say) the store goes on without it until the next write.
+// The caller holds oneWriter_.
+void MessageStore::leaveExclusive() {
+  if (!file_) {
+    return;
+  }
+  bool returned = false;
+  try {
+    const std::lock_guard turn(writerTurn_);
+    returned = writer_.database().queryText("PRAGMA journal_mode = WAL") == "wal";
+  } catch (const StoreFailure&) {
+    returned = false;
+  }
+  {
+    const std::lock_guard guard(readersMutex_);
+    exclusive_ = !returned;
+  }
+  readersChanged_.notify_all();
+}
+
+MessageStore::Reading::Reading(MessageStore& store) : store_(store) {
+  if (auto first = store.tryLease(true)) {
+    leased_.push_back(std::move(first));
+    try {
+      if (auto second = store.tryLease(false)) {
+        leased_.push_back(std::move(second));
+      }
+      const std::lock_guard noCommit(store.commitMutex_);
+      for (const auto& connection : leased_) {
+        connection->database().execute("BEGIN");
+        // A snapshot begins with the first read.
+        (void)connection->database().queryInteger("SELECT 1 FROM message LIMIT 1");
+        connections_.push_back(connection.get());
+      }
+    } catch (...) {
+      for (auto& connection : leased_) {
+        connection.reset();
+        store.giveBack(nullptr);
+      }
+      throw;
+    }
+    return;
+  }
+  noTransaction_ = std::unique_lock(store.oneWriter_);
+  writerTurn_ = std::unique_lock(store.writerTurn_);
+  connections_.push_back(&store.writer_);
+}
+
+MessageStore::Reading::~Reading() {
+  for (auto& connection : leased_) {
+    try {
+      connection->database().execute("ROLLBACK");
+      store_.giveBack(std::move(connection));
+    } catch (const StoreFailure&) {
+      connection.reset();
+      store_.giveBack(nullptr);
+    }
+  }
+}
+
+MessageStore::Writing::Writing(MessageStore& store) : store_(store), oneWriter_(store.oneWriter_) {}
+
+MessageStore::Writing::~Writing() {
+  {
+    const std::lock_guard turn(store_.writerTurn_);
+    transaction_.reset();
+  }
+  if (store_.exclusive_) {
+    store_.leaveExclusive();
+  }
+}
+
+void MessageStore::Writing::begin(Size size) {
+  if (size == Size::large && store_.file_) {
+    store_.enterExclusive();
+  }
+  const std::lock_guard turn(store_.writerTurn_);
+  transaction_.emplace(store_.writer_.database());
+}
+
+void MessageStore::Writing::commit() {
+  const std::lock_guard noSnapshot(store_.commitMutex_);
+  const std::lock_guard turn(store_.writerTurn_);
+  transaction_->commit();
+}
+
+void MessageStore::limitPagesForTesting(std::int64_t pages) {
+  const std::lock_guard turn(writerTurn_);
+  writer_.database().limitPages(pages);
+}
+
+}  // namespace tidewrack

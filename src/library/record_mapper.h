@@ -1,0 +1,59 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "library/text_pool.h"
+#include "mail/records.h"
+
+namespace tidewrack {
+
+/// The scalars of a stored message as views of bytes that somebody else holds.
+struct StoredScalars {
+  std::string_view id;
+  std::string_view subject;
+  std::optional<std::string_view> fromName;
+  std::string_view fromAddress;
+  std::string_view toData;
+  std::string_view ccData;
+  std::optional<Date> date;
+  std::string_view snippet;
+  std::string_view labelsData;
+  std::string_view conversationID;
+  std::optional<std::string_view> inReplyTo;
+  std::string_view referencesData;
+  std::optional<std::string_view> category;
+};
+
+/// Turns stored scalars into records that share equal texts. Throws CodingFailure for damaged JSON. One
+/// thread at a time.
+class RecordMapper {
+ public:
+  /// Everything but the library, the bodies and the attachments.
+  EmailMessage message(const StoredScalars& row);
+
+  TextPool& pool() { return pool_; }
+
+ private:
+  // Views and owned keys are looked up alike.
+  struct KeyHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
+  };
+  template <typename List>
+  using Cache = std::unordered_map<std::string, List, KeyHash, std::equal_to<>>;
+
+  std::vector<EmailAddress> addresses(std::string_view json);
+  std::vector<Text> strings(std::string_view json, Cache<std::vector<Text>>* cache);
+  std::optional<Text> optionalText(const std::optional<std::string_view>& text);
+
+  TextPool pool_;
+  Cache<std::vector<EmailAddress>> addressLists_;
+  Cache<std::vector<Text>> labelLists_;
+};
+
+}  // namespace tidewrack

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "library/decode_ahead.h"
+#include "library/message_store.h"
+#include "library/message_writer.h"
+#include "library/store_operations.h"
+#include "mail/records.h"
+
+namespace tidewrack {
+
+/// The saving of one list. Decoding begins with the object, ahead of the writing. The list must outlive it.
+/// One thread at a time.
+class Upsert {
+ public:
+  explicit Upsert(const MessageList& messages);
+
+  /// Whether all that there is to write fits into the memory of the decoder. Waits until that is known.
+  bool isSmall() { return decoder_->fitsIntoMemory(); }
+  /// Writes the list in the transaction of the caller. Once.
+  void write(MessageStore::Writing& writing, const SaveProgress& progress);
+  /// Lets each record of `messages`, which is the list given to the constructor, give way to its stored
+  /// form. For after the commit.
+  void refer(MessageList& messages, const std::shared_ptr<MessageStore>& store) const;
+
+ private:
+  const MessageList& messages_;
+  std::vector<std::size_t> last_;  // For each place the last place with the same id: its record is written.
+  std::unordered_map<std::size_t, Text> earlierCategories_;  // Of a written record without one of its own.
+  std::vector<WrittenContents> written_;                     // For each place that is written.
+  std::unique_ptr<DecodeAhead> decoder_;
+};
+
+}  // namespace tidewrack
