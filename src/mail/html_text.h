@@ -21,7 +21,7 @@ class HTMLTextExtractor {
   /// A beginning of the text, for previews.
   struct Beginning {
     std::string text;
-    bool isWhole = false;  ///< Whether `text` is all that extractText gives.
+    bool isWhole = false;  ///< `text` is all that extractText gives; when false, more may follow.
   };
   /// Reads only as far as needed for a beginning of at least `size` bytes (ended after a whole character),
   /// or for the whole text if that is shorter.

@@ -19,14 +19,6 @@
 namespace tidewrack {
 namespace {
 
-bool isASCII(std::string_view text) noexcept {
-  unsigned char all = 0;
-  for (const char byte : text) {
-    all |= static_cast<unsigned char>(byte);
-  }
-  return all < 0x80;
-}
-
 // ICU counts in 32 bits. Longer texts are worked on in pieces, cut between characters.
 template <typename Work>
 void forEachPiece(std::string_view text, const Work& work) {

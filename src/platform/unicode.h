@@ -35,6 +35,8 @@ std::size_t graphemeCount(std::string_view text);
 /// The longest beginning of at most `count` user-perceived characters. The result points into the argument.
 std::string_view graphemePrefix(std::string_view text, std::size_t count);
 
+/// Whether every byte is below 0x80. Any bytes are allowed.
+bool isASCII(std::string_view bytes) noexcept;
 /// Whether the bytes are valid UTF-8 (Unicode Standard 3.9, table 3-7). Any bytes are allowed.
 bool isValidUTF8(std::string_view bytes) noexcept;
 /// Valid UTF-8 out of any bytes: each maximal subpart of an ill-formed sequence becomes U+FFFD

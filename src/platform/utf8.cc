@@ -177,6 +177,23 @@ class WideValidator {
 
 }  // namespace
 
+bool isASCII(std::string_view bytes) noexcept {
+  constexpr std::size_t step = 32;
+  std::size_t position = 0;
+  for (; bytes.size() - position >= step; position += step) {
+    std::array<std::uint64_t, step / 8> words;
+    std::memcpy(words.data(), bytes.data() + position, step);
+    if (((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080U) != 0) {
+      return false;
+    }
+  }
+  unsigned char all = 0;
+  for (; position < bytes.size(); ++position) {
+    all |= static_cast<unsigned char>(bytes[position]);
+  }
+  return all < 0x80;
+}
+
 bool isValidUTF8(std::string_view bytes) noexcept {
   const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
 #if defined(__x86_64__)

@@ -68,7 +68,7 @@ inline constexpr auto spaceHints = [] {
 }  // namespace detail
 
 /// The hint for a byte: ASCII white space, a lead byte that some other white space has, or neither.
-inline SpaceHint spaceHint(char byte) noexcept {
+constexpr SpaceHint spaceHint(char byte) noexcept {
   return detail::spaceHints[static_cast<unsigned char>(byte)];
 }
 

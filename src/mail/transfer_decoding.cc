@@ -1,0 +1,114 @@
+#include "mail/transfer_decoding.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace tidewrack {
+namespace {
+
+int hexValue(char digit) noexcept {
+  if (digit >= '0' && digit <= '9') {
+    return digit - '0';
+  }
+  const char lower = static_cast<char>(digit | 0x20);
+  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+// What an "=" stands for: nothing (a soft line break), one byte, or itself.
+struct Escape {
+  std::size_t length;  // bytes of the text, 1 to 3
+  bool writesByte;
+  char byte;
+};
+
+Escape escapeAt(const char* equals, const char* end) noexcept {
+  const auto behind = end - equals - 1;
+  if (behind >= 2) {
+    const int high = hexValue(equals[1]);
+    const int low = hexValue(equals[2]);
+    if (high >= 0 && low >= 0) {
+      return {3, true, static_cast<char>(high * 16 + low)};
+    }
+  }
+  if (behind >= 1 && equals[1] == '\n') {
+    return {2, false, 0};
+  }
+  if (behind >= 2 && equals[1] == '\r' && equals[2] == '\n') {
+    return {3, false, 0};
+  }
+  return {1, true, '='};
+}
+
+const char* findEquals(const char* position, const char* end) noexcept {
+  const void* found = std::memchr(position, '=', static_cast<std::size_t>(end - position));
+  return found == nullptr ? end : static_cast<const char*>(found);
+}
+
+}  // namespace
+
+TransferEncoding transferEncoding(std::string_view lowerCaseEncoding) noexcept {
+  if (lowerCaseEncoding.find("base64") != std::string_view::npos) {
+    return TransferEncoding::base64;
+  }
+  return lowerCaseEncoding.find("quoted-printable") != std::string_view::npos
+             ? TransferEncoding::quotedPrintable
+             : TransferEncoding::identity;
+}
+
+std::string decodeTransfer(std::string_view body, std::string_view lowerCaseEncoding) {
+  return decodeTransfer(body, transferEncoding(lowerCaseEncoding));
+}
+
+std::string decodeTransfer(std::string_view body, TransferEncoding encoding) {
+  switch (encoding) {
+    case TransferEncoding::base64:
+      // White space is not in the alphabet, so that ignoring what is unknown removes it too.
+      return decodeBase64(body).value_or(std::string());
+    case TransferEncoding::quotedPrintable:
+      return decodeQuotedPrintable(body);
+    case TransferEncoding::identity:
+      break;
+  }
+  return std::string(body);
+}
+
+std::uint64_t decodedSize(std::string_view body, TransferEncoding encoding) noexcept {
+  if (encoding == TransferEncoding::base64) {
+    return decodedBase64Size(body).value_or(0);
+  }
+  std::uint64_t size = body.size();
+  if (encoding == TransferEncoding::quotedPrintable) {
+    const char* const end = body.data() + body.size();
+    for (const char* equals = findEquals(body.data(), end); equals != end;) {
+      const Escape escape = escapeAt(equals, end);
+      size -= escape.length - (escape.writesByte ? 1 : 0);
+      equals = findEquals(equals + escape.length, end);
+    }
+  }
+  return size;
+}
+
+std::string decodeQuotedPrintable(std::string_view text) {
+  std::string result;
+  result.resize(text.size());
+  char* out = result.data();
+  const char* position = text.data();
+  const char* const end = position + text.size();
+  while (position != end) {
+    if (*position != '=') {
+      const char* const equals = findEquals(position, end);
+      out = std::copy(position, equals, out);
+      position = equals;
+    }
+    while (position != end && *position == '=') {
+      const Escape escape = escapeAt(position, end);
+      position += escape.length;
+      *out = escape.byte;
+      out += escape.writesByte ? 1 : 0;
+    }
+  }
+  result.resize(static_cast<std::size_t>(out - result.data()));
+  return result;
+}
+
+}  // namespace tidewrack
