@@ -14,6 +14,7 @@
 #include "classify/full_text_search_index.h"
 #include "classify/label_classification.h"
 #include "classify/search_filters.h"
+#include "classify/search_token_store.h"
 #include "intelligence/message_categorizer.h"
 #include "library/library_catalog.h"
 #include "library/library_discovery.h"
@@ -33,6 +34,12 @@
 
 namespace tidewrack {
 
+/// A fixed set of made-up mail.
+struct DemoLibrary {
+  std::vector<MBOXLibrary> libraries;
+  MessageList messages;
+};
+
 /// What the main screen needs from below. The references and pointers outlive the screen.
 struct ContentViewServices {
   Executor& executor;
@@ -41,11 +48,18 @@ struct ContentViewServices {
   /// Folder of the catalog and the stored archives.
   std::filesystem::path applicationFolder = applicationSupportFolder();
   /// Of the process, the program's own path included.
-  std::vector<std::string> arguments;
+  std::vector<std::string> arguments = {};
   /// The system-wide search index; null where there is none.
   MessageIndexer* spotlight = nullptr;
   /// The on-device categoriser; null where there is none.
   MessageCategorizer* categorizer = nullptr;
+  /// Where the search index is kept between two runs; null keeps it in memory alone.
+  SearchTokenStore* tokenStore = nullptr;
+  /// Whether the in-memory search index follows the messages. A program that never searches spares itself
+  /// reading every body.
+  bool maintainsSearchIndex = true;
+  /// The made-up mail of the launch modes that show it; empty where there is none.
+  std::function<DemoLibrary()> demoLibrary = {};
   /// Lists up to this size are filtered and counted at once; larger ones in the background, so that the
   /// main thread never stalls. The result is the same.
   std::size_t synchronousLimit = 20'000;
@@ -132,12 +146,15 @@ class ContentView {
   /// background; `whenDerivedStateIsCurrent` waits for it.
   void recomputeDerivedState();
   Task<> whenDerivedStateIsCurrent();
-  /// Builds a new in-memory index from `messages` and assigns it. Of two runs the one that ends last stands.
+  /// Brings the in-memory index in line with `messages`. Runs that overlap become one.
   void refreshSearchIndexInBackground();
   /// Looks for libraries that only the stored messages know. Runs that overlap become one.
   void refreshDiscoveredLibraries();
+  /// Makes `list`, which is sorted newest first, the loaded messages. Goes through the background like
+  /// mergeIntoMessages; `justBefore` runs on the main thread right before the assignment.
+  Task<> replaceMessages(SharedMessageList list, std::function<void()> justBefore);
   /// Puts messages into `messages`: each replaces the one of its id or is added.
-  Task<> mergeIntoMessages(MessageList list);
+  Task<> mergeIntoMessages(SharedMessageList list);
   /// Shows a toast at once, in place of any other.
   void showToast(Toast toast) { currentToast.set(std::move(toast)); }
   /// The status panel's button.
@@ -148,13 +165,15 @@ class ContentView {
   Task<> startup();
   Task<> loadPersistedLibraries();
   void startCategorizationIfNeeded();
+  /// Gives a message its category, on the screen and in the store.
+  Task<> setCategory(Text id, Text category);
 
   // -- Import.
   /// What the file picker gives: the chosen files, or its failure.
   using ImportResult = std::variant<std::vector<std::filesystem::path>, Failure>;
   void handleImportResult(ImportResult result);
-  /// Files opened from outside (file manager, command line, drop): like a choice in the picker, but waits for
-  /// a startup load or an import that is under way.
+  /// Files opened from outside (file manager, command line, drop): like a choice in the picker. Waits for a
+  /// startup load or an import that is under way. No files are nothing to open.
   void openFiles(std::vector<std::filesystem::path> urls);
   /// Imports the files, to success or failure in `importStatus`. Runs do not overlap: one that is called
   /// while another is under way waits for it.
@@ -167,6 +186,8 @@ class ContentView {
   Task<> commitRename();
   void requestDelete(const MBOXLibrary& library);
   void cancelDelete();
+  /// The button of the status panel where the delete dialog shows it.
+  void dismissDeletionStatus();
   Task<> deleteLibrary(MBOXLibrary library);
 
  private:
@@ -175,29 +196,43 @@ class ContentView {
   void reactToChanges();
   [[nodiscard]] DerivedInput derivedInput() const;
   void recompute(bool selectFirst);
-  void adopt(const DerivedInput& input, DerivedState state);
+  void adopt(DerivedInput input, DerivedState state);
   Task<> recomputeInBackground();
   Task<> rebuildSearchIndex();
   Task<> discover();
   /// Assigns `messages` once the derived state that belongs to the new list has been worked out in the
   /// background, so that the assignment itself is quick. `change` makes the new list from the present one; it
   /// runs on a worker, again when the list has changed meanwhile, and must not use the screen.
-  Task<> changeMessages(std::function<MessageList(const SharedMessageList& present)> change);
-  /// Lets go of something big on a worker thread.
-  void releaseInBackground(std::shared_ptr<const void> garbage);
+  /// `justBefore` runs on the main thread right before the assignment. Waits until the derived state is
+  /// current.
+  Task<> changeMessages(std::function<SharedMessageList(const SharedMessageList& present)> change,
+                        std::function<void()> justBefore = {});
+  /// Lets go of something on a worker thread: with many messages that takes a while. Hand over the last
+  /// reference.
+  template <typename Garbage>
+  void releaseInBackground(Garbage garbage) {
+    services_.executor.runInBackground(TaskPriority::utility, [garbage = std::move(garbage)] {});
+  }
   [[nodiscard]] LibraryCatalog catalog() const;
   [[nodiscard]] bool hasArgument(std::string_view argument) const;
 
   // import_flow.cc
   struct ImportRun;
+  void report(const ImportRun& run, ImportProgressStep step);
   Task<> copyFiles(ImportRun& run);
   Task<> parseFiles(ImportRun& run);
-  Task<> saveAndShow(ImportRun& run);
-  void selectImported(const ImportRun& run);
-  Task<> openQueuedFiles();
+  Task<> saveMessages(ImportRun& run);
+  Task<> indexMessages(ImportRun& run);
+  Task<> selectImported(const ImportRun& run);
+
+  // startup_flow.cc
+  Task<> loadStoredMail();
+  Task<> showDemoLibrary();
+  /// Replaces the stored tokens by those of the loaded messages. Throws what the store reports.
+  Task<> rewriteStoredTokens();
 
   // library_flows.cc
-  Task<> renameLibrary(MBOXLibrary library, Text name);
+  Task<> renameInStoreAndMemory(MBOXLibrary library, Text name);
 
   ContentViewServices services_;
   std::vector<Subscription> subscriptions_;
@@ -206,21 +241,22 @@ class ContentView {
   std::shared_ptr<ModelContext> modelContext_;
   FlowLock modelContextLock_;
   FlowLock catalogLock_;
-  FlowLock importLock_;
+  FlowLock importLock_;  ///< Held by an import and by the startup load.
   FlowLock messagesLock_;
 
   DerivedInput derivedInput_;  ///< What `derived_` was worked out from.
   DerivedState derived_;
-  std::optional<std::pair<DerivedInput, DerivedState>> prepared_;
+  std::optional<std::pair<DerivedInput, DerivedState>> prepared_;  ///< For the list about to be assigned.
+  std::uint64_t adoptions_ = 0;
   bool isRecomputing_ = false;
   bool selectsFirstAfterRecompute_ = false;
   std::vector<std::function<void()>> derivedStateWaiters_;
 
+  bool isIndexing_ = false;
+  SharedMessageList indexedMessages_;  ///< The list that `searchIndex` was built from.
+
   bool isDiscovering_ = false;
   bool discoversAgain_ = false;
-
-  std::vector<std::filesystem::path> queuedFiles_;
-  bool isOpeningFiles_ = false;
 
   mutable SharedMessageList selectionSearchedIn_;  ///< The list in which `selectedMessage_` was looked up.
   mutable std::optional<Text> selectionSearchedFor_;

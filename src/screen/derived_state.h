@@ -26,6 +26,7 @@ struct DerivedInput {
   SearchFilters advancedFilters;
   std::string searchText;
   FullTextSearchIndex searchIndex;
+  SharedMessageList indexedMessages;  ///< The list that the index was built from.
 };
 
 /// What the views show of the loaded messages. Copying is cheap but for the classification; nothing in it
@@ -52,5 +53,8 @@ SharedMessageList filteredMessages(const DerivedInput& input, const SharedMessag
 DerivedState deriveState(const DerivedInput& input, const DerivedInput& earlierInput,
                          const DerivedState& earlier);
 DerivedState deriveState(const DerivedInput& input);
+
+/// Roughly how many messages deriveState looks at; one whose body must be read counts as a hundred.
+std::size_t derivationCost(const DerivedInput& input, const DerivedInput& earlierInput);
 
 }  // namespace tidewrack

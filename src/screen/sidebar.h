@@ -118,6 +118,11 @@ struct SmartCategory {
 };
 const std::vector<SmartCategory>& smartCategories();
 
+/// The last non-empty piece of a label's path, or the path when it has none.
+std::string labelTitle(std::string_view path);
+/// "All Libraries".
+std::string allLibrariesTitle();
+
 /// The colour of a user label's icon, picked by its path out of twelve.
 std::string_view labelTint(std::string_view path);
 

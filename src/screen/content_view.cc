@@ -1,0 +1,401 @@
+#include "screen/content_view.h"
+
+#include <algorithm>
+
+#include "platform/localized.h"
+#include "platform/log.h"
+
+namespace tidewrack {
+
+namespace {
+
+const Logger& logger() {
+  return Logger::of("ContentView");
+}
+
+std::shared_ptr<const EmailMessage> findMessage(const SharedMessageList& list, const Text& id) {
+  const auto found = std::ranges::find_if(list, [&id](const auto& message) { return message->id == id; });
+  return found != list.end() ? *found : nullptr;
+}
+
+// The present list with `added` put in by id, newest first.
+MessageList merge(const SharedMessageList& present, const MessageList& added) {
+  struct Place {
+    std::shared_ptr<const EmailMessage> message;
+    bool isPlaced = false;
+  };
+  std::unordered_map<Text, Place> places;
+  places.reserve(added.size());
+  for (const auto& message : added) {
+    places[message->id].message = message;  // Of two with the same id the later stays.
+  }
+  MessageList merged;
+  merged.reserve(present.size() + places.size());
+  for (const auto& message : present) {
+    const auto found = places.find(message->id);
+    if (found == places.end()) {
+      merged.push_back(message);
+    } else if (!found->second.isPlaced) {
+      found->second.isPlaced = true;
+      merged.push_back(found->second.message);
+    }
+  }
+  for (const auto& message : added) {
+    if (auto& place = places[message->id]; !place.isPlaced) {
+      place.isPlaced = true;
+      merged.push_back(place.message);
+    }
+  }
+  sortNewestFirst(merged);
+  return merged;
+}
+
+}  // namespace
+
+ContentView::ContentView(ContentViewServices services)
+    : services_(std::move(services)),
+      modelContext_(std::make_shared<ModelContext>(services_.container->newContext())) {
+  advancedFilters.set(SearchFilters::defaults(services_.executor.now()));
+  derivedInput_ = derivedInput();
+  cachedConversationCounts.set(derived_.conversationCounts);
+  cachedCategoryCounts.set(derived_.categoryCounts);
+  followSettings();
+  reactToChanges();
+}
+
+ContentView::~ContentView() = default;
+
+void ContentView::followSettings() {
+  const auto follow = [this](Observable<bool>& field, SettingKey key) {
+    field.set(services_.settings.boolean(key));
+    subscriptions_.push_back(
+        services_.settings.observe(key, [this, &field, key] { field.set(services_.settings.boolean(key)); }));
+  };
+  follow(intelligenceEnabled, SettingKey::intelligenceEnabled);
+  follow(enableCategoryDetection, SettingKey::enableCategoryDetection);
+  follow(iCloudSyncEnabled, SettingKey::iCloudSyncEnabled);
+}
+
+void ContentView::reactToChanges() {
+  sidebarSelection.setReaction([this] { recompute(true); });
+  messages.setReaction([this] {
+    recompute(false);
+    refreshSearchIndexInBackground();
+    refreshDiscoveredLibraries();
+  });
+  libraries.setReaction([this] { refreshDiscoveredLibraries(); });
+  searchText.setReaction([this] { recompute(false); });
+  advancedFilters.setReaction([this] { recompute(false); });
+  // One job a toast: it clears whatever toast shows when it fires, also one that came later.
+  currentToast.setReaction([this] {
+    if (const auto& toast = currentToast()) {
+      const auto time = std::chrono::duration<double>(toast->duration);
+      services_.executor.after(std::chrono::duration_cast<std::chrono::milliseconds>(time),
+                               [this] { currentToast.set(std::nullopt); });
+    }
+  });
+}
+
+// -- Derived values ---------------------------------------------------------------------------------------
+
+std::string ContentView::subtitle() const {
+  return formatText(localized("messages_count_subtitle", "%d messages",
+                              "Subtitle showing number of messages in the active library"),
+                    {static_cast<long long>(messageCount())});
+}
+
+std::string ContentView::activeTitle() const {
+  if (const auto& selection = sidebarSelection()) {
+    if (const auto* chosen = selection->as<SidebarSelection::Mailbox>()) {
+      return title(chosen->mailbox);
+    }
+    if (const auto* chosen = selection->as<SidebarSelection::GmailCategory>()) {
+      return title(chosen->category);
+    }
+    if (const auto* chosen = selection->as<SidebarSelection::Label>()) {
+      return labelTitle(chosen->path);
+    }
+    if (const auto* chosen = selection->as<SidebarSelection::Library>()) {
+      const auto library = std::ranges::find(libraries(), chosen->id, &MBOXLibrary::id);
+      if (library != libraries().end()) {
+        return library->displayName.string();
+      }
+    }
+  }
+  return allLibrariesTitle();
+}
+
+std::int64_t ContentView::messageCount(const Text& libraryID) const {
+  if (!derivedInput_.messages.isSame(messages())) {
+    return std::ranges::count(messages(), libraryID,
+                              [](const auto& message) -> const Text& { return message->sourceLibraryID; });
+  }
+  const auto found = derived_.libraryCounts->find(libraryID);
+  return found != derived_.libraryCounts->end() ? found->second : 0;
+}
+
+std::shared_ptr<const EmailMessage> ContentView::selectedMessage() const {
+  const auto& id = selectedMessageID();
+  if (!id) {
+    return nullptr;
+  }
+  if (selectionSearchedFor_ != id || !selectionSearchedIn_.isSame(messages())) {
+    selectedMessage_ = findMessage(messages(), *id);
+    selectionSearchedFor_ = id;
+    selectionSearchedIn_ = messages();
+  }
+  return selectedMessage_;
+}
+
+std::int64_t ContentView::conversationCount(const Text& conversationID) const {
+  const auto& counts = *cachedConversationCounts();
+  const auto found = counts.find(conversationID);
+  return found != counts.end() ? found->second : 0;
+}
+
+std::vector<std::string_view> ContentView::categoriesInScope() const {
+  std::vector<std::string_view> names;
+  for (const auto& category : smartCategories()) {
+    if (cachedCategoryCounts()->contains(Text(category.name))) {
+      names.push_back(category.name);
+    }
+  }
+  return names;
+}
+
+bool ContentView::showsWelcome() const {
+  return libraries().empty() && messages().empty() && !isImporting();
+}
+
+// -- Operations -------------------------------------------------------------------------------------------
+
+void ContentView::selectMessage(const std::shared_ptr<const EmailMessage>& message) {
+  if (!message) {
+    selectedMessageID.set(std::nullopt);
+    return;
+  }
+  selectedMessage_ = message;
+  selectionSearchedFor_ = message->id;
+  selectionSearchedIn_ = messages();
+  selectedMessageID.set(message->id);
+}
+
+void ContentView::selectFirstFilteredMessage() {
+  const auto& list = cachedFilteredMessages();
+  selectMessage(list.empty() ? nullptr : list.front());
+}
+
+void ContentView::dismissImportStatus() {
+  showImportStatusSheet.set(false);
+  importStatus.set(std::nullopt);
+}
+
+DerivedInput ContentView::derivedInput() const {
+  return {messages(), sidebarSelection(), advancedFilters(), searchText(), searchIndex(), indexedMessages_};
+}
+
+void ContentView::recomputeDerivedState() {
+  recompute(false);
+}
+
+void ContentView::recompute(bool selectFirst) {
+  DerivedInput input = derivedInput();
+  if (prepared_ && isSameInput(prepared_->first, input)) {
+    adopt(std::move(input), prepared_->second);
+  } else if (derivationCost(input, derivedInput_) <= services_.synchronousLimit) {
+    DerivedState state = deriveState(input, derivedInput_, derived_);
+    adopt(std::move(input), std::move(state));
+  } else {
+    selectsFirstAfterRecompute_ = selectsFirstAfterRecompute_ || selectFirst;
+    if (!isRecomputing_) {
+      recomputeInBackground();
+    }
+    return;
+  }
+  if (selectFirst) {
+    selectFirstFilteredMessage();
+  }
+}
+
+Task<> ContentView::recomputeInBackground() {
+  isRecomputing_ = true;
+  while (true) {
+    DerivedInput input = derivedInput();
+    if (isSameInput(input, derivedInput_)) {
+      break;
+    }
+    auto derive = [input, earlierInput = derivedInput_, earlier = derived_] {
+      return deriveState(input, earlierInput, earlier);
+    };
+    DerivedState state = co_await inBackground(services_.executor, TaskPriority::userInitiated, derive);
+    // The fields may have moved on meanwhile; only what belongs to them now may stand.
+    if (isSameInput(input, derivedInput())) {
+      adopt(std::move(input), std::move(state));
+    }
+  }
+  isRecomputing_ = false;
+  if (std::exchange(selectsFirstAfterRecompute_, false)) {
+    selectFirstFilteredMessage();
+  }
+  for (const auto& goOn : std::exchange(derivedStateWaiters_, {})) {
+    goOn();
+  }
+}
+
+Task<> ContentView::whenDerivedStateIsCurrent() {
+  struct Awaiter {
+    ContentView& screen;
+    bool await_ready() const { return !screen.isRecomputing_; }
+    void await_suspend(std::coroutine_handle<> waiting) {
+      screen.derivedStateWaiters_.emplace_back([waiting] { waiting.resume(); });
+    }
+    void await_resume() const {}
+  };
+  while (isRecomputing_) {
+    co_await Awaiter{*this};
+  }
+}
+
+void ContentView::adopt(DerivedInput input, DerivedState state) {
+  DerivedState earlier = std::exchange(derived_, std::move(state));
+  derivedInput_ = std::move(input);
+  // An observer may change a field and so bring in a newer state; the rest of this one is then out of date.
+  const auto adoption = ++adoptions_;
+  cachedFilteredMessages.set(derived_.filteredMessages);
+  if (adoption == adoptions_) {
+    cachedConversationCounts.set(derived_.conversationCounts);
+  }
+  if (adoption == adoptions_) {
+    cachedLabelClassification.set(derived_.labelClassification);
+  }
+  if (adoption == adoptions_) {
+    cachedCategoryCounts.set(derived_.categoryCounts);
+  }
+  if (!earlier.filteredMessages.isSame(derived_.filteredMessages)) {
+    releaseInBackground(std::move(earlier));
+  }
+}
+
+void ContentView::refreshSearchIndexInBackground() {
+  if (services_.maintainsSearchIndex && !isIndexing_) {
+    rebuildSearchIndex();
+  }
+}
+
+Task<> ContentView::rebuildSearchIndex() {
+  isIndexing_ = true;
+  while (!indexedMessages_.isSame(messages())) {
+    const SharedMessageList list = messages();
+    auto build = [list, index = searchIndex()]() mutable {
+      index.update(list);
+      return index;
+    };
+    try {
+      FullTextSearchIndex index =
+          co_await inBackground(services_.executor, TaskPriority::utility, std::move(build));
+      releaseInBackground(std::exchange(indexedMessages_, list));
+      searchIndex.set(std::move(index));
+    } catch (const std::exception& failure) {
+      // A body whose row has gone: the list that replaces this one is built next. Otherwise the store cannot
+      // be read, and the earlier index stands.
+      logger().error("No se pudo reconstruir el índice de búsqueda: %s", {failure.what()});
+      if (list.isSame(messages())) {
+        break;
+      }
+      continue;
+    }
+    recomputeDerivedState();
+  }
+  isIndexing_ = false;
+}
+
+void ContentView::refreshDiscoveredLibraries() {
+  if (isDiscovering_) {
+    discoversAgain_ = true;
+  } else {
+    discover();
+  }
+}
+
+Task<> ContentView::discover() {
+  isDiscovering_ = true;
+  do {
+    discoversAgain_ = false;
+    std::set<std::string> knownIDs;
+    for (const auto& library : libraries()) {
+      knownIDs.insert(library.id.string());
+    }
+    auto look = [container = services_.container, knownIDs = std::move(knownIDs)] {
+      ModelContext context = container->newContext();
+      return discoverLibraries(knownIDs, context);
+    };
+    try {
+      auto found = co_await inBackground(services_.executor, TaskPriority::utility, std::move(look));
+      discoveredRemoteLibraries.set(std::move(found));
+    } catch (const std::exception& failure) {
+      logger().error("Descubrimiento de bibliotecas remotas falló: %s", {failure.what()});
+    }
+  } while (discoversAgain_);
+  isDiscovering_ = false;
+}
+
+Task<> ContentView::mergeIntoMessages(SharedMessageList list) {
+  co_await changeMessages([list](const SharedMessageList& present) { return merge(present, list); });
+}
+
+Task<> ContentView::replaceMessages(SharedMessageList list, std::function<void()> justBefore) {
+  co_await changeMessages([list](const SharedMessageList& /*present*/) { return list; }, justBefore);
+}
+
+Task<> ContentView::changeMessages(std::function<SharedMessageList(const SharedMessageList& present)> change,
+                                   std::function<void()> justBefore) {
+  struct Prepared {
+    DerivedInput input;
+    DerivedState state;
+    std::shared_ptr<const EmailMessage> selected;
+  };
+  const auto turn = co_await messagesLock_.turn(services_.executor);
+  while (true) {
+    SharedMessageList present = messages();
+    auto prepare = [change, input = derivedInput(), selectedID = selectedMessageID()] {
+      Prepared prepared;
+      prepared.input = input;
+      prepared.input.messages = change(input.messages);
+      prepared.state = deriveState(prepared.input);
+      if (selectedID) {
+        prepared.selected = findMessage(prepared.input.messages, *selectedID);
+      }
+      return prepared;
+    };
+    const auto searchedFor = selectedMessageID();
+    Prepared prepared =
+        co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(prepare));
+    if (!messages().isSame(present)) {
+      continue;
+    }
+    if (justBefore) {
+      justBefore();
+    }
+    selectedMessage_ = std::move(prepared.selected);
+    selectionSearchedFor_ = searchedFor;
+    selectionSearchedIn_ = prepared.input.messages;
+    const SharedMessageList changed = prepared.input.messages;
+    prepared_.emplace(std::move(prepared.input), std::move(prepared.state));
+    messages.set(changed);
+    prepared_.reset();
+    releaseInBackground(std::move(present));
+    break;
+  }
+  co_await whenDerivedStateIsCurrent();
+}
+
+LibraryCatalog ContentView::catalog() const {
+  return LibraryCatalog(services_.applicationFolder,
+                        [&executor = services_.executor] { return executor.now(); });
+}
+
+bool ContentView::hasArgument(std::string_view argument) const {
+  return std::ranges::find(services_.arguments, argument) != services_.arguments.end();
+}
+
+}  // namespace tidewrack

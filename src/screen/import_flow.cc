@@ -1,0 +1,158 @@
+#include <algorithm>
+#include <iterator>
+
+#include "library/store_operations.h"
+#include "mail/mbox_importer.h"
+#include "platform/localized.h"
+#include "screen/content_view.h"
+
+namespace tidewrack {
+
+namespace {
+
+constexpr std::size_t spotlightBatchSize = 50;
+
+}  // namespace
+
+// What one run has got so far. It lies in the frame of performImport.
+struct ContentView::ImportRun {
+  std::vector<std::filesystem::path> urls;
+  std::vector<MBOXLibrary> newLibraries;
+  MessageList parsed;
+  SharedMessageList stored;
+  std::size_t messageCount = 0;  // Parsed so far.
+  std::optional<std::string> fileName;
+  std::size_t completedFiles = 0;
+};
+
+void ContentView::handleImportResult(ImportResult result) {
+  if (const auto* failure = std::get_if<Failure>(&result)) {
+    importErrorMessage.set(failure->what());
+    return;
+  }
+  showToast(Toast::success(localized("import_started_toast", "Starting import…", "Import started toast")));
+  services_.executor.post([this, urls = std::get<std::vector<std::filesystem::path>>(std::move(result))] {
+    performImport(urls);
+  });
+}
+
+void ContentView::openFiles(std::vector<std::filesystem::path> urls) {
+  if (!urls.empty()) {
+    handleImportResult(std::move(urls));
+  }
+}
+
+Task<> ContentView::performImport(std::vector<std::filesystem::path> urls) {
+  const auto turn = co_await importLock_.turn(services_.executor);
+  ImportRun run;
+  run.urls = std::move(urls);
+  report(run, ImportProgressStep::preparing);
+  showImportStatusSheet.set(true);
+  isImporting.set(true);
+  try {
+    co_await copyFiles(run);
+    co_await parseFiles(run);
+    co_await saveMessages(run);
+    co_await indexMessages(run);
+    importStatus.set(
+        ImportStatus::Success{static_cast<int>(run.newLibraries.size()), static_cast<int>(run.messageCount)});
+    co_await selectImported(run);
+    startCategorizationIfNeeded();
+  } catch (const std::exception& failure) {
+    importStatus.set(ImportStatus::Error{failure.what()});
+    importErrorMessage.set(failure.what());
+  }
+  releaseInBackground(std::move(run.stored));
+  services_.executor.post([this] { isImporting.set(false); });
+}
+
+void ContentView::report(const ImportRun& run, ImportProgressStep step) {
+  importStatus.set(ImportStatus::Importing{
+      step, run.fileName, static_cast<int>(run.completedFiles), static_cast<int>(run.urls.size()),
+      static_cast<int>(run.newLibraries.size()), static_cast<int>(run.messageCount)});
+}
+
+Task<> ContentView::copyFiles(ImportRun& run) {
+  for (std::size_t index = 0; index < run.urls.size(); ++index) {
+    run.fileName = displayPath(run.urls[index].filename());
+    run.completedFiles = index;
+    report(run, ImportProgressStep::copyingFiles);
+    const auto turn = co_await catalogLock_.turn(services_.executor);
+    auto copy = [catalog = catalog(), url = run.urls[index]] { return catalog.importLibraries({url}); };
+    auto added = co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(copy));
+    std::ranges::move(added, std::back_inserter(run.newLibraries));
+  }
+  auto all = libraries();
+  all.insert(all.end(), run.newLibraries.begin(), run.newLibraries.end());
+  sortNewestFirst(all);
+  libraries.set(std::move(all));
+}
+
+Task<> ContentView::parseFiles(ImportRun& run) {
+  for (std::size_t index = 0; index < run.newLibraries.size(); ++index) {
+    const MBOXLibrary& library = run.newLibraries[index];
+    run.fileName = library.fileName.string();
+    run.completedFiles = index;
+    report(run, ImportProgressStep::parsingMessages);
+    auto locate = [catalog = catalog(), library] {
+      catalog.ensureDirectories();
+      return catalog.fileLocation(library);
+    };
+    const auto file =
+        co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(locate));
+    auto parse = [file, library] {
+      return MBOXImporter::importFiles({file}, library.id, library.displayName);
+    };
+    auto parsed = co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(parse));
+    run.messageCount += parsed.size();
+    if (run.parsed.empty()) {
+      run.parsed = std::move(parsed);
+    } else {
+      std::ranges::move(parsed, std::back_inserter(run.parsed));
+    }
+  }
+  run.fileName.reset();
+  run.completedFiles = run.urls.size();
+}
+
+Task<> ContentView::saveMessages(ImportRun& run) {
+  report(run, ImportProgressStep::savingMessages);
+  {
+    const auto turn = co_await modelContextLock_.turn(services_.executor);
+    // The parsed list dies on the worker, and the mapped archives with it.
+    auto save = [parsed = std::move(run.parsed), context = modelContext_]() mutable {
+      const MessageList list = std::move(parsed);
+      return tidewrack::saveMessages(list, *context);
+    };
+    run.stored = co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(save));
+  }
+  co_await mergeIntoMessages(run.stored);
+}
+
+Task<> ContentView::indexMessages(ImportRun& run) {
+  report(run, ImportProgressStep::rebuildingIndex);
+  co_await rewriteStoredTokens();
+  refreshSearchIndexInBackground();
+
+  if (!services_.spotlight || !services_.settings.boolean(SettingKey::spotlightIndexingEnabled)) {
+    co_return;
+  }
+  report(run, ImportProgressStep::indexingSpotlight);
+  co_await services_.spotlight->index(run.stored, spotlightBatchSize);
+  showToast(Toast::success(formatText(
+      localized("spotlight_indexed_toast", "%d messages indexed in Spotlight", "Spotlight indexed toast"),
+      {static_cast<long long>(run.messageCount)})));
+}
+
+Task<> ContentView::selectImported(const ImportRun& run) {
+  const auto& selection = sidebarSelection();
+  if (!run.newLibraries.empty() && (!selection || *selection == SidebarSelection::allLibraries())) {
+    sidebarSelection.set(SidebarSelection::library(run.newLibraries.front().id));
+  }
+  co_await whenDerivedStateIsCurrent();
+  if (!selectedMessageID()) {
+    selectFirstFilteredMessage();
+  }
+}
+
+}  // namespace tidewrack

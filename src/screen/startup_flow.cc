@@ -1,0 +1,143 @@
+#include <algorithm>
+
+#include "library/store_operations.h"
+#include "screen/content_view.h"
+
+namespace tidewrack {
+
+Task<> ContentView::startup() {
+  if (hasLoadedPersistedLibraries()) {
+    co_return;
+  }
+  hasLoadedPersistedLibraries.set(true);
+  co_await loadPersistedLibraries();
+  if (!hasArgument("--screenshots")) {
+    refreshDiscoveredLibraries();
+  }
+}
+
+Task<> ContentView::loadPersistedLibraries() {
+  const auto turn = co_await importLock_.turn(services_.executor);
+  if (services_.demoLibrary && (hasArgument("--screenshots") || hasArgument("--demo-data"))) {
+    co_await showDemoLibrary();
+    co_return;
+  }
+  isImporting.set(true);
+  importStatus.set(ImportStatus::LoadingDatabase{DatabaseLoadStep::openingDatabase});
+  showImportStatusSheet.set(true);
+  try {
+    co_await loadStoredMail();
+    if (!selectedMessageID()) {
+      selectFirstFilteredMessage();
+    }
+    dismissImportStatus();
+    startCategorizationIfNeeded();
+  } catch (const std::exception& failure) {
+    importStatus.set(ImportStatus::Error{failure.what()});
+    importErrorMessage.set(failure.what());
+  }
+  isImporting.set(false);
+}
+
+// Nothing is assigned before all of it has been read.
+Task<> ContentView::loadStoredMail() {
+  auto& executor = services_.executor;
+  std::vector<MBOXLibrary> loaded;
+  {
+    const auto turn = co_await catalogLock_.turn(executor);
+    auto load = [catalog = catalog()] { return catalog.loadLibraries(); };
+    loaded = co_await inBackground(executor, TaskPriority::userInitiated, std::move(load));
+  }
+
+  importStatus.set(ImportStatus::LoadingDatabase{DatabaseLoadStep::loadingLibraries});
+  auto fetch = [container = services_.container] {
+    ModelContext context = container->newContext();
+    MessageList list = fetchAllMessages(context);
+    sortNewestFirst(list);
+    return SharedMessageList(std::move(list));
+  };
+  const SharedMessageList fetched =
+      co_await inBackground(executor, TaskPriority::userInitiated, std::move(fetch));
+
+  importStatus.set(ImportStatus::LoadingDatabase{DatabaseLoadStep::loadingMessages});
+  FullTextSearchIndex index;
+  if (services_.tokenStore) {
+    auto load = [container = services_.container, tokens = services_.tokenStore, fetched] {
+      ModelContext context = container->newContext();
+      FullTextSearchIndex loadedIndex = tokens->load(context);
+      loadedIndex.align(fetched);
+      return loadedIndex;
+    };
+    index = co_await inBackground(executor, TaskPriority::userInitiated, std::move(load));
+  }
+  const bool hasTokens = !index.empty();
+
+  co_await replaceMessages(fetched, [this, &loaded, &index] {
+    libraries.set(std::move(loaded));
+    // Before the messages, so that their reaction finds an index that needs little more.
+    searchIndex.set(std::move(index));
+  });
+  if (!messages().empty() && !hasTokens) {
+    co_await rewriteStoredTokens();
+    refreshSearchIndexInBackground();
+  }
+}
+
+Task<> ContentView::showDemoLibrary() {
+  DemoLibrary demo = services_.demoLibrary();
+  libraries.set(std::move(demo.libraries));
+  sortNewestFirst(demo.messages);
+  co_await replaceMessages(std::move(demo.messages), {});
+  refreshSearchIndexInBackground();
+  recomputeDerivedState();
+  co_await whenDerivedStateIsCurrent();
+  if (!cachedFilteredMessages().empty()) {
+    selectFirstFilteredMessage();
+  }
+  importStatus.set(std::nullopt);
+  isImporting.set(false);
+}
+
+Task<> ContentView::rewriteStoredTokens() {
+  if (!services_.tokenStore) {
+    co_return;
+  }
+  const auto turn = co_await modelContextLock_.turn(services_.executor);
+  auto rewrite = [tokens = services_.tokenStore, list = messages(), context = modelContext_] {
+    tokens->rewrite(list, *context);
+  };
+  co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(rewrite));
+}
+
+void ContentView::startCategorizationIfNeeded() {
+  MessageCategorizer* categorizer = services_.categorizer;
+  if (!categorizer || !intelligenceEnabled() || !enableCategoryDetection() ||
+      !categorizer->isModelAvailable()) {
+    return;
+  }
+  categorizer->categorize(messages(),
+                          [this](const Text& id, const Text& category) { setCategory(id, category); });
+}
+
+Task<> ContentView::setCategory(Text id, Text category) {
+  co_await changeMessages([id, category](const SharedMessageList& present) {
+    MessageList changed = present;
+    const auto found =
+        std::ranges::find(changed, id, [](const auto& message) -> const Text& { return message->id; });
+    if (found != changed.end()) {
+      auto message = std::make_shared<EmailMessage>(**found);
+      message->category = category;
+      *found = std::move(message);
+    }
+    return changed;
+  });
+  const auto turn = co_await modelContextLock_.turn(services_.executor);
+  auto store = [id, category, context = modelContext_] { updateCategory(id, category, *context); };
+  try {
+    co_await inBackground(services_.executor, TaskPriority::utility, std::move(store));
+  } catch (const std::exception&) {
+    // It keeps its category on the screen and is categorised again in a later run.
+  }
+}
+
+}  // namespace tidewrack
