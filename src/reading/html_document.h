@@ -29,11 +29,12 @@ struct ResolvedHTML {
 /// the message's own appearance. A Content-ID is replaced wherever it stands, also at the head of a longer
 /// one. Throws StoreFailure when a stored body or attachment cannot be read, and nothing else.
 ResolvedHTML resolveInlineHTML(const EmailMessage& message);
-/// The same with the body already fetched; `message.htmlBody` is not read.
-ResolvedHTML resolveInlineHTML(const EmailMessage& message, std::string html);
-
 /// Whether resolving replaces anything at all: some attachment is inline and has a Content-ID.
 bool hasInlineReferences(const EmailMessage& message);
+
+/// The appearance that a stored body was made for: the one that it declares, or else a dark or light one by
+/// the luminance of its body's background (below 0.4 is dark).
+std::optional<HTMLAppearance> appearanceHint(std::string_view html);
 
 /// The appearance that a `color-scheme` meta tag declares or, without such a tag, the first `color-scheme:`
 /// anywhere in the text. Of two words the first wins.

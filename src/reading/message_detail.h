@@ -123,8 +123,11 @@ class MessageDetail {
   void refreshHeader();
   void refreshBody();
   void refreshIntelligenceRow();
+  [[nodiscard]] bool isStillShown(const std::weak_ptr<int>& alive, const MessagePointer& started) const;
   Task<> refreshResolvedHTML();
   Task<> readPlainText();
+  template <typename Start, typename Store>
+  Task<> runIntelligence(Observable<bool>& isRunning, Start start, Store store);
 
   Executor& executor_;
   Settings& settings_;
@@ -136,6 +139,7 @@ class MessageDetail {
   std::optional<Text> resolvedHTMLMessageID_;
   std::optional<HTMLAppearance> detectedAppearanceHint_;
   std::shared_ptr<const std::string> plainText_;
+  MessagePointer plainTextMessage_;                        ///< The message whose text has been asked for.
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);  ///< Gone when the detail is; tasks look at it.
 };
 
