@@ -29,23 +29,27 @@ constexpr auto byteKinds = [] {
 
 // Finds what the three removals remove. Scripts go first, so that styles are sought in a text without
 // scripts, and tags in one without both: each search steps over what the earlier removals take out.
-// Whenever a closing piece is not found, none stands further behind either; that is remembered, and so
-// no part of the text is searched more than a few times.
+// Where a closing piece is not found, there is none for what begins further behind either; that place is
+// remembered, and so no part of the text is searched more than a few times.
 class MarkupFinder {
  public:
-  explicit MarkupFinder(std::string_view html) : end_(html.data() + html.size()) {}
+  explicit MarkupFinder(std::string_view html)
+      : end_(html.data() + html.size()), scriptsAreOver_(end_), stylesAreOver_(end_), tagsAreOver_(end_) {}
 
   // The end of the script, style or tag that begins with the "<" at `position`, or null if none does.
   const char* markupEnd(const char* position) {
     if (const char* end = elementEnd(position)) {
       return end;
     }
-    if (tagsAreOver_ || position + 1 == end_ || position[1] == '>') {
+    if (position >= tagsAreOver_ || position + 1 == end_ || position[1] == '>') {
       return nullptr;
     }
     const char* close = findTagClose(position + 1, [this](const char* at) { return elementEnd(at); });
-    tagsAreOver_ = close == nullptr;
-    return close == nullptr ? nullptr : close + 1;
+    if (close == nullptr) {
+      tagsAreOver_ = position;
+      return nullptr;
+    }
+    return close + 1;
   }
 
  private:
@@ -55,7 +59,7 @@ class MarkupFinder {
   }
 
   const char* scriptEnd(const char* position) {
-    const char* name = scriptsAreOver_ ? nullptr : match(position, "<script");
+    const char* name = position >= scriptsAreOver_ ? nullptr : match(position, "<script");
     if (name == nullptr) {
       return nullptr;
     }
@@ -65,12 +69,12 @@ class MarkupFinder {
         return behind;
       }
     }
-    scriptsAreOver_ = true;
+    scriptsAreOver_ = position;
     return nullptr;
   }
 
   const char* styleEnd(const char* position) {
-    const char* name = stylesAreOver_ ? nullptr : match(position, "<style");
+    const char* name = position >= stylesAreOver_ ? nullptr : match(position, "<style");
     if (name == nullptr) {
       return nullptr;
     }
@@ -85,7 +89,7 @@ class MarkupFinder {
         end = find(end + 1, '<');
       }
     }
-    stylesAreOver_ = true;
+    stylesAreOver_ = position;
     return nullptr;
   }
 
@@ -135,9 +139,10 @@ class MarkupFinder {
   }
 
   const char* end_;
-  bool scriptsAreOver_ = false;
-  bool stylesAreOver_ = false;
-  bool tagsAreOver_ = false;
+  // From here on none of its kind has an end.
+  const char* scriptsAreOver_;
+  const char* stylesAreOver_;
+  const char* tagsAreOver_;
 };
 
 struct Entity {
