@@ -1,0 +1,218 @@
+#include "export/export_utility.h"
+
+#include <cstdlib>
+#include <ctime>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <unicode/locid.h>
+#include <unicode/timezone.h>
+
+#include "mail/json_coding.h"
+
+namespace tidewrack {
+namespace {
+
+using Format = ExportUtility::ExportFormat;
+
+/// English texts in UTC, whatever the machine is set to.
+class ExportTest : public testing::Test {
+ protected:
+  ExportTest() : zone_(icu::TimeZone::createDefault()) {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::Locale::setDefault(icu::Locale::getUS(), status);
+    icu::TimeZone::setDefault(*icu::TimeZone::getGMT());
+  }
+  ~ExportTest() override {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::Locale::setDefault(locale_, status);
+    icu::TimeZone::adoptDefault(zone_.release());
+  }
+
+ private:
+  icu::Locale locale_ = icu::Locale::getDefault();
+  std::unique_ptr<icu::TimeZone> zone_;
+};
+
+Date june17() {
+  return *parseISO8601("2026-06-17T16:45:00Z");
+}
+Date exportTime() {
+  return *parseISO8601("2026-11-20T08:05:09Z");
+}
+
+EmailMessage fullMessage() {
+  EmailMessage message;
+  message.id = "a1@example.org";
+  message.sourceLibraryID = "LIB";
+  message.sourceLibraryName = "Work Mail";
+  message.subject = "Q2 <review>";
+  message.from = {Text("Ana"), "ana@example.org"};
+  message.to = {{std::nullopt, "bob@example.org"}, {Text("Carla"), "carla@example.org"}};
+  message.cc = {{std::nullopt, "dan@example.org"}};
+  message.date = june17();
+  message.snippet = "Hello";
+  message.plainBody = Content::ofBytes("Hello\n\nFrom me");
+  message.labels = {"Inbox", "Work"};
+  message.conversationID = "a1@example.org";
+  EmailAttachment attachment;
+  attachment.id = *UUID::parse("00000000-0000-4000-8000-000000000001");
+  attachment.fileName = "plan.pdf";
+  attachment.mimeType = "application/pdf";
+  attachment.data = Content::ofBytes("PDF");
+  message.attachments = {attachment};
+  return message;
+}
+
+EmailMessage bareMessage() {
+  EmailMessage message;
+  message.id = "b2@example.org";
+  message.subject = "(No Subject)";
+  message.from.address = "bob@example.org";
+  message.snippet = "Only a snippet";
+  message.conversationID = "b2@example.org";
+  return message;
+}
+
+std::string exported(const std::vector<EmailMessage>& messages, Format format) {
+  MessageList list;
+  for (const auto& message : messages) {
+    list.push_back(std::make_shared<EmailMessage>(message));
+  }
+  std::string bytes;
+  ExportUtility::exportMessages(
+      list, format, [&bytes](std::string_view part) { bytes += part; }, exportTime());
+  return bytes;
+}
+
+// The narrow no-break space that the locale data puts before AM and PM.
+#define NNBSP "\u202F"
+
+TEST_F(ExportTest, TextHasEveryLineInItsPlace) {
+  const std::string rule = "=======================================================================\n";
+  EXPECT_EQ(exported({fullMessage(), bareMessage()}, Format::txt),
+            rule + "Mensaje 1 de 2\n" + rule +
+                "\nAsunto: Q2 <review>\nDe: Ana <ana@example.org>\n"
+                "Para: bob@example.org, Carla <carla@example.org>\nCC: dan@example.org\n"
+                "Fecha: June 17, 2026 at 4:45:00" NNBSP
+                "PM\nEtiquetas: Inbox, Work\n\nHello\n\nFrom me\n\n"
+                "Adjuntos (1):\n  - plan.pdf (application/pdf)\n\n\n\n" +
+                rule + "Mensaje 2 de 2\n" + rule +
+                "\nAsunto: (No Subject)\nDe: bob@example.org\nPara: \n\nOnly a snippet\n\n\n\n");
+}
+
+TEST_F(ExportTest, MboxHasOneEntryAMessage) {
+  EXPECT_EQ(
+      exported({fullMessage(), bareMessage()}, Format::mbox),
+      "From ana@example.org Wed Jun 17 16:45:00 2026\n"
+      "From: Ana <ana@example.org>\nTo: bob@example.org, Carla <carla@example.org>\nCc: dan@example.org\n"
+      "Subject: Q2 <review>\nDate: Jun 17, 2026, 4:45:00" NNBSP
+      "PM\nMessage-ID: <a1@example.org>\n"
+      "X-Gmail-Labels: Inbox,Work\n\nHello\n>From me\n\n"
+      "From bob@example.org Fri Nov 20 08:05:09 2026\n"
+      "From: bob@example.org\nTo: \nSubject: (No Subject)\nDate: Nov 20, 2026, 8:05:09" NNBSP
+      "AM\n"
+      "Message-ID: <b2@example.org>\n\nOnly a snippet\n\n");
+}
+
+TEST_F(ExportTest, CsvHasAHeaderAndOneLineAMessage) {
+  EXPECT_EQ(exported({fullMessage(), bareMessage()}, Format::csv),
+            "ID,Asunto,De,Para,CC,Fecha,Etiquetas,Adjuntos,Biblioteca\n"
+            "a1@example.org,Q2 <review>,Ana <ana@example.org>,bob@example.org; Carla <carla@example.org>,"
+            "dan@example.org,\"6/17/2026, 4:45:00" NNBSP
+            "PM\",Inbox; Work,1,Work Mail\n"
+            "b2@example.org,(No Subject),bob@example.org,,,,,0,\n");
+}
+
+TEST_F(ExportTest, ASubjectWithACommaOrQuotesIsQuotedInCsv) {
+  auto message = bareMessage();
+  message.subject = "one, two";
+  EXPECT_NE(exported({message}, Format::csv).find(",\"one, two\","), std::string::npos);
+  message.subject = "say \"hi\"";
+  EXPECT_NE(exported({message}, Format::csv).find(",\"say \"\"hi\"\"\","), std::string::npos);
+  message.subject = "a\rb";
+  EXPECT_NE(exported({message}, Format::csv).find(",a\rb,"), std::string::npos) << "a lone CR stays bare";
+}
+
+TEST_F(ExportTest, HtmlEscapesTextAndListsAttachments) {
+  const auto html = exported({fullMessage()}, Format::html);
+  EXPECT_TRUE(
+      html.starts_with("<!DOCTYPE html>\n<html lang=\"es\">\n<head>\n    <meta charset=\"UTF-8\">\n"));
+  const auto body = html.substr(html.find("    <h1>"));
+  EXPECT_EQ(
+      body,
+      "    <h1>📧 Mensajes Exportados</h1>\n    <p class=\"summary\">Total de mensajes: 1</p>\n"
+      "<div class=\"message\">\n    <div class=\"message-header\">\n        <div class=\"subject\">Q2 "
+      "&lt;review&gt;</div>\n        <div class=\"metadata\">\n            <div><strong>De:</strong> Ana "
+      "&lt;ana@example.org&gt;</div>\n            <div><strong>Para:</strong> bob@example.org, Carla "
+      "&lt;carla@example.org&gt;</div>        <div><strong>CC:</strong> dan@example.org</div>        "
+      "<div><strong>Fecha:</strong> June 17, 2026 at 4:45:00" NNBSP
+      "PM</div>        </div>    <div class=\"labels\">        <span class=\"label\">Inbox</span>        "
+      "<span class=\"label\">Work</span>    </div>    </div>\n    <div class=\"body\"><pre>Hello\n\nFrom "
+      "me</pre>    </div><div class=\"attachments\">\n    <strong>📎 Adjuntos (1):</strong><div "
+      "class=\"attachment\">plan.pdf - 3 bytes</div></div></div></body>\n</html>");
+}
+
+TEST_F(ExportTest, HtmlTakesTheHtmlBodyAsItStandsAndTheOthersThePlainOne) {
+  auto message = fullMessage();
+  message.htmlBody = Content::ofBytes("<b>Hi & bye</b><script>1</script>");
+  EXPECT_NE(exported({message}, Format::html)
+                .find("<div class=\"body\"><b>Hi & bye</b><script>1</script>    </div>"),
+            std::string::npos);
+  EXPECT_EQ(exported({message}, Format::txt).find("<b>"), std::string::npos);
+  EXPECT_EQ(exported({message}, Format::mbox).find("<b>"), std::string::npos);
+}
+
+TEST_F(ExportTest, WithoutAPlainBodyTextAndMboxTakeTheSnippet) {
+  auto message = bareMessage();
+  message.htmlBody = Content::ofBytes("<b>x</b>");
+  EXPECT_NE(exported({message}, Format::txt).find("\n\nOnly a snippet\n\n"), std::string::npos);
+  EXPECT_NE(exported({message}, Format::mbox).find("\n\nOnly a snippet\n\n"), std::string::npos);
+}
+
+TEST_F(ExportTest, AnEmptyPlainBodyThatIsPresentGivesAnEmptyBody) {
+  auto message = bareMessage();
+  message.plainBody = Content();
+  EXPECT_EQ(exported({message}, Format::txt).find("Only a snippet"), std::string::npos);
+  EXPECT_EQ(exported({message}, Format::mbox).find("Only a snippet"), std::string::npos);
+}
+
+TEST_F(ExportTest, BlankLinesVanishFromMboxBodiesAndFromLinesAreQuoted) {
+  auto message = bareMessage();
+  message.plainBody = Content::ofBytes("a\n\nFrom b");
+  EXPECT_TRUE(exported({message}, Format::mbox).ends_with("\n\na\n>From b\n\n"));
+}
+
+TEST_F(ExportTest, JsonReadsBackToTheSameMessages) {
+  const auto text = exported({fullMessage(), bareMessage()}, Format::json);
+  const auto json = nlohmann::json::parse(text);
+  ASSERT_EQ(json.size(), 2U);
+  EXPECT_EQ(emailMessageFromJSON(json[0]), fullMessage());
+  EXPECT_EQ(emailMessageFromJSON(json[1]), bareMessage());
+  EXPECT_EQ(json.dump(2), text) << "pretty printed with sorted keys";
+}
+
+TEST_F(ExportTest, AnEmptyListFailsInEveryFormat) {
+  for (const auto format : ExportUtility::allFormats) {
+    try {
+      exported({}, format);
+      FAIL() << ExportUtility::title(format);
+    } catch (const ExportUtility::ExportError& error) {
+      EXPECT_EQ(error.kind(), ExportUtility::ExportError::Kind::noMessages);
+      EXPECT_STREQ(error.what(), "No hay mensajes para exportar");
+    }
+  }
+}
+
+TEST_F(ExportTest, ProgressCountsTheMessages) {
+  std::vector<std::size_t> counts;
+  const MessageList list = {std::make_shared<EmailMessage>(fullMessage()),
+                            std::make_shared<EmailMessage>(bareMessage())};
+  ExportUtility::exportMessages(
+      list, Format::csv, [](std::string_view) {}, exportTime(),
+      [&counts](std::size_t done) { counts.push_back(done); });
+  EXPECT_EQ(counts, (std::vector<std::size_t>{1, 2}));
+}
+
+}  // namespace
+}  // namespace tidewrack
