@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/localized.h"
+#include "platform/normalization.h"
 #include "platform/unicode.h"
 
 namespace tidewrack {
@@ -192,7 +193,7 @@ std::string normalizedLabelKey(std::string_view label) {
       break;
     }
   }
-  return lowercase(foldDiacritics(trimmed));
+  return canonicallyComposed(lowercase(foldDiacritics(trimmed)));
 }
 
 std::optional<GmailSystemMailbox> matchingSystemMailbox(std::string_view label) {
