@@ -280,6 +280,16 @@ std::string foldDiacritics(std::string_view text) {
   return result;
 }
 
+// Whether the character joins with no neighbour that stands alone, too (UAX #29, Grapheme_Cluster_Break:
+// what is Other, and a whole Hangul syllable).
+static bool standsAlone(char32_t character) noexcept {
+  if (character < 0x7F) {
+    return character >= 0x20;
+  }
+  const auto kind = u_getIntPropertyValue(static_cast<UChar32>(character), UCHAR_GRAPHEME_CLUSTER_BREAK);
+  return kind == U_GCB_OTHER || kind == U_GCB_LV || kind == U_GCB_LVT;
+}
+
 std::size_t graphemeCount(std::string_view text) {
   if (isASCII(text)) {  // Only CRLF holds more than one of these.
     std::size_t count = text.size();
@@ -296,13 +306,20 @@ std::size_t graphemeCount(std::string_view text) {
 }
 
 std::string_view graphemePrefix(std::string_view text, std::size_t count) {
-  // Printable ASCII up to one character behind the end: nothing there can join with what follows.
-  std::size_t plain = 0;
-  while (plain < text.size() && plain <= count && text[plain] >= ' ' && text[plain] <= '~') {
-    ++plain;
-  }
-  if (plain == text.size() || plain > count) {
-    return text.substr(0, count);
+  // Characters that stand alone up to one behind the end: nothing there can join with what follows.
+  const char* const end = text.data() + text.size();
+  const char* position = text.data();
+  const char* cut = end;
+  for (std::size_t known = 0; position < end; ++known) {
+    if (known == count) {
+      cut = position;
+    }
+    if (!standsAlone(nextCharacter(position))) {
+      break;
+    }
+    if (known == count || position == end) {
+      return text.substr(0, static_cast<std::size_t>(cut - text.data()));
+    }
   }
   std::size_t size = 0;
   std::size_t left = count;

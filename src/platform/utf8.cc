@@ -15,13 +15,7 @@
 namespace tidewrack {
 namespace {
 
-// The sequence at the beginning of some bytes: a well-formed character, or the maximal subpart of one.
-struct Sequence {
-  std::size_t length;  // at least 1
-  bool isWellFormed;
-};
-
-Sequence sequenceAt(const unsigned char* bytes, std::size_t left) noexcept {
+UTF8Sequence sequenceAt(const unsigned char* bytes, std::size_t left) noexcept {
   const unsigned char lead = bytes[0];
   if (lead < 0x80) {
     return {1, true};
@@ -176,6 +170,10 @@ class WideValidator {
 #endif
 
 }  // namespace
+
+UTF8Sequence firstSequence(std::string_view bytes) noexcept {
+  return sequenceAt(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+}
 
 bool isASCII(std::string_view bytes) noexcept {
   constexpr std::size_t step = 32;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 /// The small change of valid UTF-8: single characters. Text operations are in platform/unicode.h.
 namespace tidewrack {
@@ -102,5 +103,14 @@ inline std::size_t spaceLength(const char* text, const char* end) noexcept {
   }
   return isSpace ? 3 : 0;
 }
+
+/// The beginning of some bytes: a well-formed character, or the maximal subpart of an ill-formed one.
+struct UTF8Sequence {
+  std::size_t length;  ///< At least 1.
+  bool isWellFormed;
+};
+
+/// Reads the sequence at the beginning of any bytes, which are not empty (Unicode Standard 3.9, table 3-7).
+UTF8Sequence firstSequence(std::string_view bytes) noexcept;
 
 }  // namespace tidewrack
