@@ -12,7 +12,10 @@
 /// Header blocks and the values in them. Nothing here fails: what is missing gives nothing, what cannot be
 /// understood stays text. All texts are valid UTF-8; every function is linear and safe from any thread.
 /// A returned std::string_view points into the value that was given. `parseDate` is in mail/date_parser.h.
+/// Where a pool is given, equal texts of many calls share their bytes.
 namespace tidewrack {
+
+class TextPool;
 
 /// Header names in lower case, and their values with folded lines joined. Of a repeated header the last
 /// occurrence counts.
@@ -29,10 +32,10 @@ HeaderMap parseHeaders(std::string_view headerText);
 std::optional<std::string_view> headerParameter(std::string_view name, std::string_view value);
 
 /// The mailbox of a From header; nothing for an absent or blank value.
-std::optional<EmailAddress> parseSender(std::optional<std::string_view> value);
+std::optional<EmailAddress> parseSender(std::optional<std::string_view> value, TextPool* pool = nullptr);
 
 /// The mailboxes of a To or Cc header. Every comma separates, also one within quotes.
-std::vector<EmailAddress> parseAddressList(std::optional<std::string_view> value);
+std::vector<EmailAddress> parseAddressList(std::optional<std::string_view> value, TextPool* pool = nullptr);
 
 /// The Message-ID without brackets, quotes and blanks at its ends, or a fresh UUID in its text form.
 std::string cleanMessageID(std::optional<std::string_view> value);
@@ -41,10 +44,10 @@ std::string cleanMessageID(std::optional<std::string_view> value);
 std::optional<std::string_view> cleanReference(std::optional<std::string_view> value);
 
 /// The ids in angle brackets, in order, or, when there are none, the words between blanks.
-std::vector<Text> parseReferences(std::optional<std::string_view> value);
+std::vector<Text> parseReferences(std::optional<std::string_view> value, TextPool* pool = nullptr);
 
 /// The entries between commas, decoded, without empty ones. Double quotes protect a comma and are not kept.
-std::vector<Text> parseLabels(std::optional<std::string_view> value);
+std::vector<Text> parseLabels(std::optional<std::string_view> value, TextPool* pool = nullptr);
 
 /// A one-line preview: the plain body if it holds anything at all, even blanks, otherwise the text of the
 /// HTML body; with white space collapsed, and cut behind 180 user-perceived characters by "…".

@@ -1,0 +1,32 @@
+#include "mail/message_boundaries.h"
+
+#include <algorithm>
+
+#include "platform/byte_scan.h"
+
+namespace tidewrack {
+namespace {
+
+constexpr std::string_view separator = "From ";
+
+}  // namespace
+
+std::size_t findSeparator(std::string_view bytes, std::size_t from) noexcept {
+  if (from == 0 && bytes.starts_with(separator)) {
+    return 0;
+  }
+  std::size_t position = findLineStart(bytes, separator[0], separator[1], from);
+  while (position != std::string_view::npos && !bytes.substr(position).starts_with(separator)) {
+    position = findLineStart(bytes, separator[0], separator[1], position + 1);
+  }
+  return std::min(position, bytes.size());
+}
+
+std::size_t behindLine(std::string_view bytes, std::size_t line) noexcept {
+  while (line < bytes.size() && bytes[line] != '\n' && bytes[line] != '\r') {
+    ++line;
+  }
+  return std::min(line + 1, bytes.size());
+}
+
+}  // namespace tidewrack

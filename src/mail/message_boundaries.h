@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+/// Where the messages of an archive begin and end: every line that begins with "From " ends the message
+/// before it and is no part of any message, wherever it stands; nothing else about the line counts. Text in
+/// front of the first such line is a message, too. CR, LF and CRLF end lines. Any bytes are allowed.
+namespace tidewrack {
+
+/// The first line with "From " that begins at or behind `from`; the size of the bytes when there is none.
+std::size_t findSeparator(std::string_view bytes, std::size_t from) noexcept;
+
+/// What follows the line that begins at `line`, without the first character of its line end.
+std::size_t behindLine(std::string_view bytes, std::size_t line) noexcept;
+
+}  // namespace tidewrack
