@@ -22,8 +22,6 @@ struct CivilDate {
   std::int64_t year;
   int month;  // 1 to 12
   int day;    // 1 to 31
-
-  friend bool operator==(const CivilDate&, const CivilDate&) = default;
 };
 
 std::int64_t floorDivide(std::int64_t value, std::int64_t divisor) {

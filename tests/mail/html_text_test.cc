@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <unicode/regex.h>
 
-#include "hostile_size.h"
+#include "test_sizes.h"
 #include "platform/unicode.h"
 
 namespace tidewrack {
@@ -152,7 +152,7 @@ std::string randomHTML(std::mt19937& random) {
 
 TEST(HTMLText, EveryTextGivesWhatTheChainOfReplacementsGives) {
   std::mt19937 random(13);
-  for (int round = 0; round < 40000; ++round) {
+  for (int round = 0; round < randomRounds; ++round) {
     const std::string html = randomHTML(random);
     ASSERT_EQ(extractText(html), extractedByRegex(html)) << html;
   }
@@ -160,7 +160,7 @@ TEST(HTMLText, EveryTextGivesWhatTheChainOfReplacementsGives) {
 
 TEST(HTMLText, BeginningIsABeginningOfTheWhole) {
   std::mt19937 random(17);
-  for (int round = 0; round < 20000; ++round) {
+  for (int round = 0; round < randomRounds; ++round) {
     const std::string html = randomHTML(random);
     const std::string whole = extractText(html);
     const std::size_t size = random() % 24;

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "hostile_size.h"
+#include "test_sizes.h"
 
 namespace tidewrack {
 namespace {
