@@ -100,7 +100,7 @@ std::optional<Content> bodyOf(const std::shared_ptr<MessageStore>& store, const 
 
 // An attachment from a row of attachmentColumns.
 EmailAttachment attachmentOf(const std::shared_ptr<MessageStore>& store, const SQLiteStatement& row,
-                             TextPool& pool) {
+                             ListTextPool& pool) {
   EmailAttachment attachment;
   const std::string_view bytes = row.bytes(1);
   std::memcpy(attachment.id.bytes.data(), bytes.data(), std::min(bytes.size(), attachment.id.bytes.size()));
@@ -305,7 +305,7 @@ std::optional<PersistedEmailMessage> readMessage(const std::shared_ptr<MessageSt
   auto attachments = connection.prepare(std::string("SELECT ") + attachmentColumns +
                                         " FROM attachment WHERE message = ? ORDER BY position");
   attachments.bindInteger(1, row.integer(number));
-  TextPool pool;
+  ListTextPool pool;
   while (attachments.step()) {
     const EmailAttachment attachment = attachmentOf(store, attachments, pool);
     entity.attachments.push_back({attachment.id, attachment.fileName, attachment.mimeType, attachment.data,

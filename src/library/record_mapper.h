@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "library/text_pool.h"
+#include "library/list_text_pool.h"
 #include "mail/records.h"
 
 namespace tidewrack {
@@ -36,7 +36,7 @@ class RecordMapper {
   /// Everything but the library, the bodies and the attachments.
   EmailMessage message(const StoredScalars& row);
 
-  TextPool& pool() { return pool_; }
+  ListTextPool& pool() { return pool_; }
 
  private:
   // Views and owned keys are looked up alike.
@@ -51,7 +51,7 @@ class RecordMapper {
   std::vector<Text> strings(std::string_view json, Cache<std::vector<Text>>* cache);
   std::optional<Text> optionalText(const std::optional<std::string_view>& text);
 
-  TextPool pool_;
+  ListTextPool pool_;
   Cache<std::vector<EmailAddress>> addressLists_;
   Cache<std::vector<Text>> labelLists_;
 };

@@ -11,7 +11,7 @@ namespace tidewrack {
 
 /// Gives one shared Text for equal bytes, so that a long list holds each address, label and thread key once.
 /// Lives as long as a list is being read. One thread at a time.
-class TextPool {
+class ListTextPool {
  public:
   Text text(std::string_view bytes) {
     if (bytes.empty()) {
