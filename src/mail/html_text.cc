@@ -27,6 +27,10 @@ constexpr auto byteKinds = [] {
   return kinds;
 }();
 
+bool isPlain(char byte) {
+  return byteKinds[static_cast<unsigned char>(byte)] == ByteKind::plain;
+}
+
 // Finds what the three removals remove. Scripts go first, so that styles are sought in a text without
 // scripts, and tags in one without both: each search steps over what the earlier removals take out.
 // Where a closing piece is not found, there is none for what begins further behind either; that place is
@@ -96,12 +100,16 @@ class MarkupFinder {
   // The first ">" that does not stand within something that begins with "<" and has an end.
   template <typename EndOf>
   const char* findTagClose(const char* position, const EndOf& endOf) {
-    while (position != end_) {
-      if (*position == '>') {
-        return position;
+    const char* close = find(position, '>');
+    while (close != nullptr) {
+      const auto* inner =
+          static_cast<const char*>(std::memchr(position, '<', static_cast<std::size_t>(close - position)));
+      if (inner == nullptr) {
+        return close;
       }
-      const char* inner = *position == '<' ? endOf(position) : nullptr;
-      position = inner == nullptr ? position + 1 : inner;
+      const char* innerEnd = endOf(inner);
+      position = innerEnd == nullptr ? inner + 1 : innerEnd;
+      close = position <= close ? close : find(position, '>');
     }
     return nullptr;
   }
@@ -235,11 +243,11 @@ HTMLTextExtractor::Beginning HTMLTextExtractor::extractBeginning(std::string_vie
       case ByteKind::plain:
         break;
     }
-    // A run of plain bytes, ended after a whole character.
+    // A run of plain bytes with single blanks between them, ended after a whole character.
     const std::size_t room = size - line.size();
     const char* const limit = static_cast<std::size_t>(end - position) <= room ? end : position + room;
     const char* run = position + 1;
-    while (run < limit && byteKinds[static_cast<unsigned char>(*run)] == ByteKind::plain) {
+    while (run < limit && (isPlain(*run) || (*run == ' ' && run + 1 < limit && isPlain(run[1])))) {
       ++run;
     }
     while (run < end && isTrailByte(*run)) {

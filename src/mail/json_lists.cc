@@ -1,5 +1,6 @@
 #include "mail/json_lists.h"
 
+#include <algorithm>
 #include <array>
 
 #include "mail/json_coding.h"
@@ -55,12 +56,14 @@ class ListReader {
       return false;
     }
     std::size_t size = 0;
+    unsigned char all = 0;
     while (size < rest_.size() && !needsEscape[static_cast<unsigned char>(rest_[size])]) {
+      all |= static_cast<unsigned char>(rest_[size]);
       ++size;
     }
     string = rest_.substr(0, size);
     rest_.remove_prefix(size);
-    return skip("\"") && isValidUTF8(string);
+    return skip("\"") && (all < 0x80 || isValidUTF8(string));
   }
 
  private:
@@ -142,6 +145,7 @@ std::string encodeStrings(const std::vector<Text>& strings) {
 
 bool readAddresses(std::string_view json, std::vector<EmailAddress>& addresses) {
   ListReader reader(json);
+  addresses.reserve(static_cast<std::size_t>(std::count(json.begin(), json.end(), '{')));
   return reader.readArray([&] {
     std::string_view address;
     std::string_view name;
@@ -159,6 +163,7 @@ bool readAddresses(std::string_view json, std::vector<EmailAddress>& addresses) 
 
 bool readStrings(std::string_view json, std::vector<Text>& strings) {
   ListReader reader(json);
+  strings.reserve(static_cast<std::size_t>(std::count(json.begin(), json.end(), '"')) / 2);
   return reader.readArray([&] {
     std::string_view string;
     if (!reader.readString(string)) {

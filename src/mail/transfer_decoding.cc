@@ -1,17 +1,24 @@
 #include "mail/transfer_decoding.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace tidewrack {
 namespace {
 
-int hexValue(char digit) noexcept {
-  if (digit >= '0' && digit <= '9') {
-    return digit - '0';
+constexpr auto hexValues = [] {
+  std::array<signed char, 256> values{};
+  values.fill(-1);
+  for (signed char value = 0; value < 16; ++value) {
+    values[static_cast<unsigned char>("0123456789ABCDEF"[value])] = value;
+    values[static_cast<unsigned char>("0123456789abcdef"[value])] = value;
   }
-  const char lower = static_cast<char>(digit | 0x20);
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+  return values;
+}();
+
+int hexValue(char digit) noexcept {
+  return hexValues[static_cast<unsigned char>(digit)];
 }
 
 // What an "=" stands for: nothing (a soft line break), one byte, or itself.
@@ -26,7 +33,7 @@ Escape escapeAt(const char* equals, const char* end) noexcept {
   if (behind >= 2) {
     const int high = hexValue(equals[1]);
     const int low = hexValue(equals[2]);
-    if (high >= 0 && low >= 0) {
+    if ((high | low) >= 0) {
       return {3, true, static_cast<char>(high * 16 + low)};
     }
   }

@@ -1,6 +1,9 @@
 #include "platform/charset.h"
 
 #include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <unordered_map>
 
@@ -177,22 +180,32 @@ std::optional<std::string> decodeCharset(std::string_view bytes, std::string_vie
 }
 
 std::string decodeLatin1(std::string_view bytes) {
-  std::size_t high = 0;
-  for (const char byte : bytes) {
-    high += static_cast<unsigned char>(byte) >> 7U;
-  }
   std::string result;
-  result.resize(bytes.size() + high);
+  result.resize(2 * bytes.size() + 8);  // A step may write eight bytes and keep fewer.
   char* out = result.data();
-  for (const char byte : bytes) {
-    const auto value = static_cast<unsigned char>(byte);
+  while (!bytes.empty()) {
+    if (bytes.size() >= 8) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, bytes.data(), 8);
+      std::memcpy(out, &word, 8);
+      static_assert(std::endian::native == std::endian::little);
+      const auto plain = static_cast<std::size_t>(std::countr_zero(word & 0x8080808080808080U)) / 8;
+      out += plain;
+      bytes.remove_prefix(plain);
+      if (plain == 8) {
+        continue;
+      }
+    }
+    const auto value = static_cast<unsigned char>(bytes.front());
     if (value < 0x80) {
-      *out++ = byte;
+      *out++ = bytes.front();
     } else {
       *out++ = static_cast<char>(0xC0U | (value >> 6U));
       *out++ = static_cast<char>(0x80U | (value & 0x3FU));
     }
+    bytes.remove_prefix(1);
   }
+  result.resize(static_cast<std::size_t>(out - result.data()));
   return result;
 }
 

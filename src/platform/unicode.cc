@@ -117,6 +117,51 @@ class GraphemeBreaker {
   UText text_ = UTEXT_INITIALIZER;
 };
 
+// Whether the character joins with no neighbour that stands alone, too (UAX #29, Grapheme_Cluster_Break:
+// what is Other, and a whole Hangul syllable).
+bool standsAlone(char32_t character) noexcept {
+  if (character < 0x7F) {
+    return character >= 0x20;
+  }
+  const auto kind = u_getIntPropertyValue(static_cast<UChar32>(character), UCHAR_GRAPHEME_CLUSTER_BREAK);
+  return kind == U_GCB_OTHER || kind == U_GCB_LV || kind == U_GCB_LVT;
+}
+
+// Moves over at most `count` user-perceived characters; gives their number and their bytes.
+std::pair<std::size_t, std::size_t> walkGraphemes(std::string_view text, std::size_t count) {
+  const char* const begin = text.data();
+  const char* const end = begin + text.size();
+  const char* position = begin;
+  const char* last = begin;  // where the last character that stands alone begins
+  std::size_t characters = 0;
+  while (position != end) {
+    const char* next = position;
+    if (!standsAlone(nextCharacter(next))) {
+      break;
+    }
+    if (characters == count) {
+      return {count, static_cast<std::size_t>(position - begin)};
+    }
+    last = position;
+    position = next;
+    ++characters;
+  }
+  if (position == end) {
+    return {characters, text.size()};
+  }
+  // What comes now may belong to the character before it.
+  characters -= characters > 0 ? 1 : 0;
+  std::size_t size = static_cast<std::size_t>(last - begin);
+  forEachPiece(text.substr(size), [&](std::string_view piece) {
+    if (characters < count) {
+      const auto [walked, bytes] = GraphemeBreaker::ofThread().walk(piece, count - characters);
+      characters += walked;
+      size += bytes;
+    }
+  });
+  return {characters, size};
+}
+
 // The collator of the current locale that ignores case. One a thread.
 const icu::Collator& caseInsensitiveCollator() {
   thread_local std::string localeName;
@@ -145,6 +190,11 @@ icu::UnicodeString caseFolded(std::string_view text, bool turkic) {
       status);
   folded.foldCase(turkic ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT);
   return icu::Normalizer2::getNFDInstance(status)->normalize(folded, status);
+}
+
+// Whether the white space here is one blank with something else behind it.
+bool isSingleBlank(const char* position, const char* end) noexcept {
+  return *position == ' ' && position + 1 < end && spaceHint(position[1]) == SpaceHint::none;
 }
 
 char lowerASCII(char byte) noexcept {
@@ -206,11 +256,15 @@ std::string collapseWhitespace(std::string_view text, std::size_t size) {
       result.push_back(' ');
       blankDue = false;
     }
-    // A run without white space goes in one piece, ended after a whole character.
+    // A run without white space, or only with blanks as they are to be, goes in one piece; it ends after
+    // a whole character.
     const std::size_t room = size - result.size();
     const char* const limit = static_cast<std::size_t>(end - position) <= room ? end : position + room;
     const char* run = position + 1;
-    while (run < limit && (spaceHint(*run) == SpaceHint::none || spaceLength(run, end) == 0)) {
+    while (run < limit) {
+      if (spaceHint(*run) != SpaceHint::none && spaceLength(run, end) != 0 && !isSingleBlank(run, limit)) {
+        break;
+      }
       ++run;
     }
     while (run < end && isTrailByte(*run)) {
@@ -262,6 +316,14 @@ std::string foldDiacritics(std::string_view text) {
   bool dropMarks = false;  // The last character that was no mark is a letter of the three scripts.
   while (position < end) {
     const char* const start = position;
+    while (position < end && static_cast<unsigned char>(*position) < 0x80) {
+      ++position;
+    }
+    if (position != start) {
+      result.append(start, position);
+      dropMarks = u_isalpha(static_cast<UChar32>(position[-1])) != 0;
+      continue;
+    }
     const char32_t character = nextCharacter(position);
     if (isMark(character)) {
       if (!dropMarks) {
@@ -280,57 +342,12 @@ std::string foldDiacritics(std::string_view text) {
   return result;
 }
 
-// Whether the character joins with no neighbour that stands alone, too (UAX #29, Grapheme_Cluster_Break:
-// what is Other, and a whole Hangul syllable).
-static bool standsAlone(char32_t character) noexcept {
-  if (character < 0x7F) {
-    return character >= 0x20;
-  }
-  const auto kind = u_getIntPropertyValue(static_cast<UChar32>(character), UCHAR_GRAPHEME_CLUSTER_BREAK);
-  return kind == U_GCB_OTHER || kind == U_GCB_LV || kind == U_GCB_LVT;
-}
-
 std::size_t graphemeCount(std::string_view text) {
-  if (isASCII(text)) {  // Only CRLF holds more than one of these.
-    std::size_t count = text.size();
-    for (std::size_t index = 1; index < text.size(); ++index) {
-      count -= text[index] == '\n' && text[index - 1] == '\r' ? 1 : 0;
-    }
-    return count;
-  }
-  std::size_t count = 0;
-  forEachPiece(text, [&count](std::string_view piece) {
-    count += GraphemeBreaker::ofThread().walk(piece, std::numeric_limits<std::size_t>::max()).first;
-  });
-  return count;
+  return walkGraphemes(text, std::numeric_limits<std::size_t>::max()).first;
 }
 
 std::string_view graphemePrefix(std::string_view text, std::size_t count) {
-  // Characters that stand alone up to one behind the end: nothing there can join with what follows.
-  const char* const end = text.data() + text.size();
-  const char* position = text.data();
-  const char* cut = end;
-  for (std::size_t known = 0; position < end; ++known) {
-    if (known == count) {
-      cut = position;
-    }
-    if (!standsAlone(nextCharacter(position))) {
-      break;
-    }
-    if (known == count || position == end) {
-      return text.substr(0, static_cast<std::size_t>(cut - text.data()));
-    }
-  }
-  std::size_t size = 0;
-  std::size_t left = count;
-  forEachPiece(text, [&](std::string_view piece) {
-    if (left > 0) {
-      const auto [characters, bytes] = GraphemeBreaker::ofThread().walk(piece, left);
-      left -= characters;
-      size += bytes;
-    }
-  });
-  return text.substr(0, size);
+  return text.substr(0, walkGraphemes(text, count).second);
 }
 
 int localizedCaseInsensitiveCompare(std::string_view a, std::string_view b) {

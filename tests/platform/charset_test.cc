@@ -107,6 +107,14 @@ TEST(Charset, Latin1HasACharacterForEveryByte) {
   }
   EXPECT_EQ(decodeLatin1(bytes), decodeCharset(bytes, "iso-8859-1"));
   EXPECT_EQ(decodeLatin1(""), "");
+  std::mt19937 random(37);
+  for (int round = 0; round < 2000; ++round) {
+    std::string text(random() % 40, 'a');
+    for (char& byte : text) {
+      byte = static_cast<char>(random() % 4 == 0 ? random() : 'b');
+    }
+    ASSERT_EQ(decodeLatin1(text), decodeCharset(text, "iso-8859-1"));
+  }
 }
 
 TEST(Charset, ManyNamesAndThreadsAtOnce) {

@@ -1,10 +1,12 @@
 #include "platform/unicode.h"
 
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unicode/brkiter.h>
 #include <unicode/locid.h>
 #include <unicode/regex.h>
 #include <unicode/uchar.h>
@@ -114,7 +116,7 @@ TEST(Unicode, CaseMappingIsFullAndIndependentOfTheLocale) {
 
 TEST(Unicode, DiacriticsGoFromLatinGreekAndCyrillicLetters) {
   EXPECT_EQ(foldDiacritics("H\u00E9llo \u00C5ngstr\u00F6m \u01D6"), "Hello Angstrom u");
-  EXPECT_EQ(foldDiacritics("e\u0301\u0327x"), "ex");
+  EXPECT_EQ(foldDiacritics("e\u0301\u0327x 1\u0301"), "ex 1\u0301");
   EXPECT_EQ(foldDiacritics("\u0390 \u1F84"), "\u03B9 \u03B1");
   EXPECT_EQ(foldDiacritics("\u0419 \u0451"), "\u0418 \u0435");
   EXPECT_EQ(foldDiacritics("\u00D8 \u0142 \u00DF"), "\u00D8 \u0142 \u00DF");
@@ -150,6 +152,54 @@ TEST(Unicode, GraphemePrefixEndsBetweenCharacters) {
   EXPECT_EQ(graphemePrefix("abc", 9), "abc");
   EXPECT_EQ(graphemePrefix("abe\u0301f", 3), "abe\u0301");
   EXPECT_EQ(graphemePrefix("ab\r\nc", 3), "ab\r\n");
+}
+
+// The ends of user-perceived characters, as ICU finds them.
+std::vector<std::size_t> graphemeEnds(const std::string& text) {
+  UErrorCode status = U_ZERO_ERROR;
+  const std::unique_ptr<icu::BreakIterator> iterator(
+      icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+  const auto units = icu::UnicodeString::fromUTF8(text);
+  iterator->setText(units);
+  std::vector<std::size_t> ends;
+  for (std::int32_t end = iterator->next(); end != icu::BreakIterator::DONE; end = iterator->next()) {
+    std::string before;
+    units.tempSubString(0, end).toUTF8String(before);
+    ends.push_back(before.size());
+  }
+  return ends;
+}
+
+TEST(Unicode, EveryCharacterHasItsEndsBesideOrdinaryOnes) {
+  std::mt19937 random(31);
+  std::vector<std::string> lines;
+  forEachScalar([&](char32_t character) {
+    if (character < 0x3200 || character % 37 == 0) {
+      const char32_t before = U"a\u00E9\uAC00\u4E00\U0001F600\u1100"[random() % 6];
+      const char32_t behind = U"b\u0431\uAC01\u3042\u0301\u200D"[random() % 6];
+      lines.push_back(utf8(before) + utf8(character) + utf8(behind));
+    }
+  });
+  for (const auto& line : lines) {
+    const auto ends = graphemeEnds(line);
+    ASSERT_EQ(graphemeCount(line), ends.size()) << line;
+    for (std::size_t count = 1; count <= ends.size(); ++count) {
+      ASSERT_EQ(graphemePrefix(line, count).size(), ends[count - 1]) << line;
+    }
+  }
+}
+
+TEST(Unicode, OrdinaryCharactersEndBesideEachOther) {
+  // One text of all that the short way may take; each character is then followed by another of them.
+  std::string text;
+  forEachScalar([&](char32_t character) {
+    const auto value = static_cast<UChar32>(character);
+    const int kind = u_getIntPropertyValue(value, UCHAR_GRAPHEME_CLUSTER_BREAK);
+    if (character < 0x10000 && (kind == U_GCB_OTHER || kind == U_GCB_LV || kind == U_GCB_LVT)) {
+      text += utf8(character);
+    }
+  });
+  EXPECT_EQ(graphemeCount(text), graphemeEnds(text).size());
 }
 
 // The plain rule, byte by byte, to compare with.
