@@ -1,0 +1,170 @@
+#include "ui/detail_header_view.h"
+
+#include <array>
+#include <variant>
+
+#include "platform/localized.h"
+#include "ui/chip_flow_layout.h"
+#include "ui/style.h"
+#include "ui/widgets.h"
+
+namespace tidewrack::ui {
+namespace {
+
+constexpr int avatarSize = 48;
+constexpr int rowIconSize = 14;
+constexpr int badgeIconSize = 12;
+constexpr int badgeSpacing = 6;
+constexpr int bodyPickerWidth = 220;
+
+constexpr std::array bodyModes = {BodyDisplayMode::text, BodyDisplayMode::html};
+constexpr std::array backgrounds = {HTMLBackgroundPreference::automatic, HTMLBackgroundPreference::light,
+                                    HTMLBackgroundPreference::dark};
+
+template <typename Options, typename Value>
+std::size_t indexIn(const Options& options, Value value) {
+  std::size_t index = 0;
+  while (options[index] != value) {
+    ++index;
+  }
+  return index;
+}
+
+Gtk::Widget* makeRow(const DetailHeaderRow& row) {
+  auto* line = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 8);
+  auto* icon = makeSymbol(row.icon, rowIconSize);
+  icon->set_valign(Gtk::Align::START);
+  icon->add_css_class("detail-row-icon");
+  auto* label = makeLabel(row.text, {"detail-row"});
+  label->set_selectable(true);
+  label->set_hexpand(true);
+  line->append(*icon);
+  line->append(*label);
+  return line;
+}
+
+Gtk::Widget* makeBadge(const MessageBadge& badge) {
+  auto* pill = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 4);
+  pill->add_css_class("pill-badge");
+  if (const auto* name = std::get_if<std::string_view>(&badge.color)) {
+    pill->add_css_class(tintClass(*name));
+  } else {
+    pill->add_css_class(colourClass(std::get<RGBColor>(badge.color)));
+  }
+  pill->append(*makeSymbol(badge.systemImage, badgeIconSize));
+  auto* title = Gtk::make_managed<Gtk::Label>(badge.title);
+  title->set_ellipsize(Pango::EllipsizeMode::MIDDLE);
+  title->set_max_width_chars(40);
+  pill->append(*title);
+  pill->set_tooltip_text(badge.title);
+  return pill;
+}
+
+}  // namespace
+
+DetailHeaderView::DetailHeaderView(MessageDetail& detail) : detail_(detail), avatar_(avatarSize) {
+  set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
+  set_propagate_natural_height(true);
+  set_max_content_height(maximumHeight);
+  set_vexpand(false);
+  column_.add_css_class("detail-header");
+  makeTop();
+  badges_.set_layout_manager(ChipFlowLayout::create(badgeSpacing, badgeSpacing));
+  column_.append(badges_);
+  makePickers();
+  set_child(column_);
+
+  const auto follow = [this](auto& field, void (DetailHeaderView::*refresh)()) {
+    subscriptions_.push_back(field.observe([this, refresh] { (this->*refresh)(); }));
+  };
+  follow(detail_.message, &DetailHeaderView::showMessage);
+  follow(detail_.headerRows, &DetailHeaderView::showRows);
+  follow(detail_.badges, &DetailHeaderView::showBadges);
+  follow(detail_.hasHTML, &DetailHeaderView::showPickers);
+  follow(detail_.displayMode, &DetailHeaderView::showPickers);
+  follow(detail_.htmlBackground, &DetailHeaderView::showPickers);
+  showMessage();
+  showRows();
+  showBadges();
+  showPickers();
+}
+
+void DetailHeaderView::makeTop() {
+  auto* top = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 14);
+  avatar_.set_valign(Gtk::Align::START);
+  top->append(avatar_);
+  auto* lines = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 8);
+  lines->set_hexpand(true);
+  subject_.set_xalign(0.0F);
+  subject_.set_wrap(true);
+  subject_.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+  subject_.set_selectable(true);
+  subject_.add_css_class("detail-subject");
+  setIdentifier(subject_, "messageDetail.subject");
+  lines->append(subject_);
+  lines->append(rows_);
+  top->append(*lines);
+  column_.append(*top);
+}
+
+void DetailHeaderView::makePickers() {
+  std::vector<SegmentedChoice::Option> modes;
+  for (const auto mode : bodyModes) {
+    modes.push_back({title(mode), {}});
+  }
+  bodyPicker_ = Gtk::make_managed<SegmentedChoice>(
+      localized("body_picker_title", "Body", "Body selector title"), modes);
+  bodyPicker_->set_size_request(bodyPickerWidth / 2, -1);
+  setIdentifier(*bodyPicker_, "messageDetail.bodyPicker");
+  bodyPicker_->signalChosen().connect(
+      [this](std::size_t index) { detail_.setDisplayMode(bodyModes[index]); });
+
+  std::vector<SegmentedChoice::Option> choices;
+  for (const auto background : backgrounds) {
+    choices.push_back({title(background), icon(background)});
+  }
+  backgroundPicker_ = Gtk::make_managed<SegmentedChoice>(
+      localized("html_background_picker_title", "HTML Background", "HTML background picker title"), choices);
+  backgroundPicker_->set_tooltip_text(localized("html_background_picker_help",
+                                                "Change HTML reader background",
+                                                "Tooltip for HTML background selector"));
+  setIdentifier(*backgroundPicker_, "messageDetail.backgroundPicker");
+  backgroundPicker_->signalChosen().connect(
+      [this](std::size_t index) { detail_.setHTMLBackground(backgrounds[index]); });
+
+  pickers_.append(*bodyPicker_);
+  pickers_.append(*backgroundPicker_);
+  column_.append(pickers_);
+}
+
+void DetailHeaderView::showMessage() {
+  if (const auto& message = detail_.message()) {
+    avatar_.show(message->from);
+    subject_.set_text(message->subject.string());
+    get_vadjustment()->set_value(0);
+  }
+}
+
+void DetailHeaderView::showRows() {
+  removeChildren(rows_);
+  for (const DetailHeaderRow& row : detail_.headerRows()) {
+    rows_.append(*makeRow(row));
+  }
+}
+
+void DetailHeaderView::showBadges() {
+  removeChildren(badges_);
+  for (const MessageBadge& badge : detail_.badges()) {
+    badges_.append(*makeBadge(badge));
+  }
+  badges_.set_visible(!detail_.badges().empty());
+}
+
+void DetailHeaderView::showPickers() {
+  pickers_.set_visible(detail_.hasHTML());
+  backgroundPicker_->set_visible(detail_.displayMode() == BodyDisplayMode::html);
+  bodyPicker_->select(indexIn(bodyModes, detail_.displayMode()));
+  backgroundPicker_->select(indexIn(backgrounds, detail_.htmlBackground()));
+}
+
+}  // namespace tidewrack::ui

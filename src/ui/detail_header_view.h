@@ -1,0 +1,43 @@
+#pragma once
+
+#include <vector>
+
+#include <gtkmm.h>
+
+#include "platform/observable.h"
+#include "reading/message_detail.h"
+#include "ui/avatar_view.h"
+#include "ui/segmented_choice.h"
+
+namespace tidewrack::ui {
+
+/// The head of a message: avatar, subject, the rows under it, the badges and the two pickers. Follows the
+/// detail's fields. A head that is higher than `maximumHeight` scrolls by itself, so that a hundred
+/// recipients leave room for the mail.
+class DetailHeaderView : public Gtk::ScrolledWindow {
+ public:
+  explicit DetailHeaderView(MessageDetail& detail);
+
+  static constexpr int maximumHeight = 320;
+
+ private:
+  void makeTop();
+  void makePickers();
+  void showMessage();
+  void showRows();
+  void showBadges();
+  void showPickers();
+
+  MessageDetail& detail_;
+  Gtk::Box column_{Gtk::Orientation::VERTICAL, 12};
+  AvatarView avatar_;
+  Gtk::Label subject_;
+  Gtk::Box rows_{Gtk::Orientation::VERTICAL, 4};
+  Gtk::Box badges_;
+  Gtk::Box pickers_{Gtk::Orientation::HORIZONTAL, 12};
+  SegmentedChoice* bodyPicker_ = nullptr;
+  SegmentedChoice* backgroundPicker_ = nullptr;
+  std::vector<Subscription> subscriptions_;
+};
+
+}  // namespace tidewrack::ui

@@ -1,0 +1,244 @@
+#include "ui/html_view.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "reading/link_policy.h"
+#include "ui/content_filter.h"
+#include "ui/widgets.h"
+
+namespace tidewrack::ui {
+namespace {
+
+WebKitSettings* makeSettings() {
+  // Scripts of the mail run: they have no network to talk to but the open one, and no storage.
+  return webkit_settings_new_with_settings(
+      "enable-javascript", TRUE, "javascript-can-open-windows-automatically", FALSE,
+      "javascript-can-access-clipboard", FALSE, "enable-html5-database", FALSE, "enable-html5-local-storage",
+      FALSE, "enable-page-cache", FALSE, "enable-media", FALSE, "enable-mediasource", FALSE,
+      "enable-media-stream", FALSE, "enable-webrtc", FALSE, "enable-encrypted-media", FALSE, "enable-webgl",
+      FALSE, "enable-webaudio", FALSE, "enable-fullscreen", FALSE, "allow-file-access-from-file-urls", FALSE,
+      "allow-universal-access-from-file-urls", FALSE, "allow-modal-dialogs", FALSE,
+      "enable-back-forward-navigation-gestures", FALSE, "enable-dns-prefetching", FALSE,
+      "enable-hyperlink-auditing", FALSE, "enable-developer-extras", FALSE,
+      "media-playback-requires-user-gesture", TRUE, "hardware-acceleration-policy",
+      WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, "default-charset", "UTF-8", nullptr);
+}
+
+// Of the context menu only what copies stays.
+void keepCopyItems(WebKitContextMenu* menu) {
+  static constexpr std::array kept = {WEBKIT_CONTEXT_MENU_ACTION_COPY,
+                                      WEBKIT_CONTEXT_MENU_ACTION_COPY_LINK_TO_CLIPBOARD,
+                                      WEBKIT_CONTEXT_MENU_ACTION_SELECT_ALL};
+  GList* next = nullptr;
+  for (GList* node = webkit_context_menu_get_items(menu); node != nullptr; node = next) {
+    next = node->next;
+    auto* item = WEBKIT_CONTEXT_MENU_ITEM(node->data);
+    const auto action = webkit_context_menu_item_get_stock_action(item);
+    if (std::find(kept.begin(), kept.end(), action) == kept.end()) {
+      webkit_context_menu_remove(menu, item);
+    }
+  }
+}
+
+}  // namespace
+
+HTMLView::HTMLView() {
+  set_expand(true);
+  cancellable_ = g_cancellable_new();
+  makeView();
+  refuseEverythingElse();
+  attachContentFilter(webkit_web_view_get_user_content_manager(view_), cancellable_, [this](bool succeeded) {
+    filter_ = succeeded ? FilterState::attached : FilterState::failed;
+    if (waitingDocument_.empty()) {
+      return;
+    }
+    const std::string document = std::exchange(waitingDocument_, {});
+    load(document);
+  });
+}
+
+HTMLView::~HTMLView() {
+  g_cancellable_cancel(cancellable_);
+  g_object_unref(cancellable_);
+  g_signal_handlers_disconnect_by_data(view_, this);
+  g_object_unref(view_);
+}
+
+void HTMLView::makeView() {
+  WebKitNetworkSession* session = webkit_network_session_new_ephemeral();
+  webkit_cookie_manager_set_accept_policy(webkit_network_session_get_cookie_manager(session),
+                                          WEBKIT_COOKIE_POLICY_ACCEPT_NEVER);
+  g_signal_connect(session, "download-started",
+                   G_CALLBACK(+[](WebKitNetworkSession*, WebKitDownload* download, gpointer) {
+                     webkit_download_cancel(download);
+                   }),
+                   nullptr);
+  WebKitSettings* settings = makeSettings();
+  WebKitUserContentManager* manager = webkit_user_content_manager_new();
+  view_ = WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, "settings", settings,
+                                       "user-content-manager", manager, nullptr));
+  g_object_ref_sink(view_);
+  g_object_unref(manager);
+  g_object_unref(settings);
+  g_object_unref(session);
+
+  auto* widget = Glib::wrap(GTK_WIDGET(view_));
+  widget->set_expand(true);
+  setIdentifier(*widget, "messageDetail.html");
+  append(*widget);
+
+  g_signal_connect(view_, "decide-policy",
+                   G_CALLBACK(+[](WebKitWebView*, WebKitPolicyDecision* decision,
+                                  WebKitPolicyDecisionType type, gpointer self) -> gboolean {
+                     return static_cast<HTMLView*>(self)->decidePolicy(decision, type);
+                   }),
+                   this);
+  g_signal_connect(view_, "load-changed",
+                   G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
+                     if (event == WEBKIT_LOAD_FINISHED) {
+                       static_cast<HTMLView*>(self)->loaded_.emit();
+                     }
+                   }),
+                   this);
+  g_signal_connect(view_, "web-process-terminated",
+                   G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason, gpointer self) {
+                     static_cast<HTMLView*>(self)->giveUp();
+                   }),
+                   this);
+  g_signal_connect(view_, "notify::is-web-process-responsive",
+                   G_CALLBACK(+[](WebKitWebView* view, GParamSpec*, gpointer) {
+                     if (webkit_web_view_get_is_web_process_responsive(view) == FALSE) {
+                       webkit_web_view_terminate_web_process(view);  // a page that loops for ever
+                     }
+                   }),
+                   this);
+}
+
+void HTMLView::refuseEverythingElse() {
+  g_signal_connect(
+      view_, "context-menu",
+      G_CALLBACK(+[](WebKitWebView*, WebKitContextMenu* menu, WebKitHitTestResult*, gpointer) -> gboolean {
+        keepCopyItems(menu);
+        return webkit_context_menu_get_n_items(menu) == 0;
+      }),
+      this);
+  g_signal_connect(view_, "permission-request",
+                   G_CALLBACK(+[](WebKitWebView*, WebKitPermissionRequest* request, gpointer) -> gboolean {
+                     webkit_permission_request_deny(request);
+                     return TRUE;
+                   }),
+                   this);
+  g_signal_connect(
+      view_, "create",
+      G_CALLBACK(+[](WebKitWebView*, WebKitNavigationAction*, gpointer) -> GtkWidget* { return nullptr; }),
+      this);
+  const auto refuse = +[](WebKitWebView*, gpointer, gpointer) -> gboolean { return TRUE; };
+  g_signal_connect(view_, "script-dialog", G_CALLBACK(refuse), this);
+  g_signal_connect(view_, "print", G_CALLBACK(refuse), this);
+  g_signal_connect(view_, "show-notification", G_CALLBACK(refuse), this);
+  g_signal_connect(view_, "run-file-chooser",
+                   G_CALLBACK(+[](WebKitWebView*, WebKitFileChooserRequest* request, gpointer) -> gboolean {
+                     webkit_file_chooser_request_cancel(request);
+                     return TRUE;
+                   }),
+                   this);
+  g_signal_connect(
+      view_, "authenticate",
+      G_CALLBACK(+[](WebKitWebView*, WebKitAuthenticationRequest* request, gpointer) -> gboolean {
+        webkit_authentication_request_cancel(request);
+        return TRUE;
+      }),
+      this);
+  // A part that does not load leaves its place empty; an error page would take the place of the mail.
+  g_signal_connect(view_, "load-failed",
+                   G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent, const char*, GError*,
+                                  gpointer) -> gboolean { return TRUE; }),
+                   this);
+}
+
+void HTMLView::update(const SharedHTML& html, HTMLAppearance appearance, bool invertContent) {
+  applyAppearance(appearance);
+  if (const auto document = memory_.documentToLoad(html, appearance, invertContent)) {
+    load(*document);
+  }
+}
+
+void HTMLView::clear() {
+  memory_.forget();
+  waitingDocument_.clear();
+  webkit_web_view_load_plain_text(view_, "");
+}
+
+void HTMLView::load(const std::string& document) {
+  switch (filter_) {
+    case FilterState::pending:
+      waitingDocument_ = document;
+      return;
+    case FilterState::failed:
+      giveUp();
+      return;
+    case FilterState::attached:
+      break;
+  }
+  // As bytes: a text would end at the first zero byte. Without a base every relative address leads nowhere.
+  GBytes* bytes = g_bytes_new(document.data(), document.size());
+  webkit_web_view_load_bytes(view_, bytes, "text/html", "UTF-8", nullptr);
+  g_bytes_unref(bytes);
+}
+
+void HTMLView::giveUp() {
+  memory_.forget();
+  unavailable_.emit();
+}
+
+void HTMLView::applyAppearance(HTMLAppearance appearance) {
+  const GdkRGBA colour = appearance == HTMLAppearance::dark ? GdkRGBA{0.11F, 0.11F, 0.12F, 1.0F}
+                                                            : GdkRGBA{1.0F, 1.0F, 1.0F, 1.0F};
+  webkit_web_view_set_background_color(view_, &colour);
+}
+
+bool HTMLView::decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type) {
+  if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
+    return false;
+  }
+  WebKitNavigationAction* action =
+      webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+  const char* uri = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+  const std::string url = uri != nullptr ? uri : "";
+  const bool isLink =
+      webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
+  if (isLink && !url.empty()) {
+    if (webkit_navigation_action_is_user_gesture(action) != FALSE && mayOpenOutside(url)) {
+      openLink_.emit(url);
+    }
+    webkit_policy_decision_ignore(decision);
+    return true;
+  }
+  // Mail opens no windows, and goes nowhere that its pictures may not come from.
+  if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION || (!url.empty() && !mayLoad(url))) {
+    webkit_policy_decision_ignore(decision);
+    return true;
+  }
+  webkit_policy_decision_use(decision);
+  return true;
+}
+
+void HTMLView::zoomIn() {
+  setZoom(webkit_web_view_get_zoom_level(view_) + zoomStep);
+}
+
+void HTMLView::zoomOut() {
+  setZoom(webkit_web_view_get_zoom_level(view_) - zoomStep);
+}
+
+void HTMLView::resetZoom() {
+  setZoom(1.0);
+}
+
+void HTMLView::setZoom(double zoom) {
+  webkit_web_view_set_zoom_level(view_, std::clamp(zoom, minimumZoom, maximumZoom));
+}
+
+}  // namespace tidewrack::ui

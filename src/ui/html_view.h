@@ -1,0 +1,69 @@
+#pragma once
+
+#include <string>
+
+#include <gtkmm.h>
+#include <webkit/webkit.h>
+
+#include "reading/html_load_memory.h"
+
+namespace tidewrack::ui {
+
+/// Shows an HTML body. One for a window, reused for every message. What a mail does leaves no trace on disk
+/// and reaches neither this computer's services nor those of its network: the session is ephemeral, a
+/// content filter stands between the page and the network, and nothing loads before that filter is attached.
+/// Main thread only.
+class HTMLView : public Gtk::Box {
+ public:
+  HTMLView();
+  ~HTMLView() override;
+  HTMLView(const HTMLView&) = delete;
+  HTMLView& operator=(const HTMLView&) = delete;
+
+  /// Shows `html` (not null) in this appearance. Loads only when one of the three differs from the last
+  /// call, so that a redraw of the surroundings keeps the page and its scroll position.
+  void update(const SharedHTML& html, HTMLAppearance appearance, bool invertContent);
+  /// Empties the view.
+  void clear();
+
+  /// Steps of the zoom, between the two limits.
+  void zoomIn();
+  void zoomOut();
+  void resetZoom();
+
+  /// The page cannot be shown: its process died or hangs, or the filter could not be made. The next
+  /// `update` tries anew.
+  sigc::signal<void()>& signalUnavailable() { return unavailable_; }
+  /// A link that the user pressed and that may be opened outside.
+  sigc::signal<void(const std::string& url)>& signalOpenLink() { return openLink_; }
+  /// The page is loaded.
+  sigc::signal<void()>& signalLoaded() { return loaded_; }
+
+  [[nodiscard]] WebKitWebView* webView() const { return view_; }
+
+  static constexpr double minimumZoom = 0.5;
+  static constexpr double maximumZoom = 2.0;
+  static constexpr double zoomStep = 0.1;
+
+ private:
+  void makeView();
+  void refuseEverythingElse();
+  void applyAppearance(HTMLAppearance appearance);
+  void load(const std::string& document);
+  void giveUp();
+  bool decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
+  void setZoom(double zoom);
+
+  enum class FilterState { pending, attached, failed };
+
+  WebKitWebView* view_ = nullptr;
+  GCancellable* cancellable_ = nullptr;
+  FilterState filter_ = FilterState::pending;
+  std::string waitingDocument_;  ///< What is to be loaded once the filter is attached.
+  HTMLLoadMemory memory_;
+  sigc::signal<void()> unavailable_;
+  sigc::signal<void(const std::string&)> openLink_;
+  sigc::signal<void()> loaded_;
+};
+
+}  // namespace tidewrack::ui

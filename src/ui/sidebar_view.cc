@@ -1,0 +1,169 @@
+#include "ui/sidebar_view.h"
+
+#include "platform/localized.h"
+#include "ui/sidebar_row_view.h"
+#include "ui/widgets.h"
+
+namespace tidewrack::ui {
+namespace {
+
+Glib::RefPtr<SidebarItem> itemOf(const Glib::RefPtr<Glib::ObjectBase>& treeRow) {
+  const auto row = std::dynamic_pointer_cast<Gtk::TreeListRow>(treeRow);
+  return row ? std::dynamic_pointer_cast<SidebarItem>(row->get_item()) : nullptr;
+}
+
+std::vector<Glib::RefPtr<SidebarItem>> makeItems(const std::vector<SidebarSection>& sections) {
+  std::vector<Glib::RefPtr<SidebarItem>> items;
+  for (const SidebarSection& section : sections) {
+    items.push_back(SidebarItem::heading(section.title));
+    for (const SidebarRow& row : section.rows) {
+      items.push_back(SidebarItem::row(row));
+    }
+    if (section.progress) {
+      items.push_back(SidebarItem::progress(*section.progress));
+    }
+  }
+  return items;
+}
+
+Glib::RefPtr<Gtk::SignalListItemFactory> makeRowFactory() {
+  auto factory = Gtk::SignalListItemFactory::create();
+  factory->signal_setup().connect([](const Glib::RefPtr<Gtk::ListItem>& item) {
+    auto* expander = Gtk::make_managed<Gtk::TreeExpander>();
+    expander->set_child(*Gtk::make_managed<SidebarRowView>());
+    item->set_child(*expander);
+  });
+  factory->signal_bind().connect([](const Glib::RefPtr<Gtk::ListItem>& item) {
+    const auto treeRow = std::dynamic_pointer_cast<Gtk::TreeListRow>(item->get_item());
+    const auto sidebarItem = itemOf(treeRow);
+    auto* expander = dynamic_cast<Gtk::TreeExpander*>(item->get_child());
+    if (!sidebarItem || expander == nullptr) {
+      return;
+    }
+    const bool isRow = sidebarItem->kind() == SidebarItem::Kind::row;
+    item->set_selectable(isRow);
+    item->set_activatable(isRow);
+    expander->set_list_row(treeRow);
+    dynamic_cast<SidebarRowView&>(*expander->get_child()).show(sidebarItem);
+  });
+  factory->signal_unbind().connect([](const Glib::RefPtr<Gtk::ListItem>& item) {
+    auto* expander = dynamic_cast<Gtk::TreeExpander*>(item->get_child());
+    if (expander != nullptr) {
+      dynamic_cast<SidebarRowView&>(*expander->get_child()).forget();
+      expander->set_list_row({});
+    }
+  });
+  return factory;
+}
+
+}  // namespace
+
+SidebarView::SidebarView(ContentView& screen)
+    : screen_(screen), roots_(Gio::ListStore<SidebarItem>::create()) {
+  tree_ = Gtk::TreeListModel::create(
+      roots_,
+      [](const Glib::RefPtr<Glib::ObjectBase>& item) -> Glib::RefPtr<Gio::ListModel> {
+        return std::dynamic_pointer_cast<SidebarItem>(item)->children();
+      },
+      false, false);
+  selection_ = Gtk::SingleSelection::create(tree_);
+  selection_->set_autoselect(false);
+  selection_->set_can_unselect(true);
+  selection_->unselect_all();
+  selection_->property_selected().signal_changed().connect([this] { selectionChosen(); });
+  list_.set_model(selection_);
+  list_.set_factory(makeRowFactory());
+  list_.add_css_class("navigation-sidebar");
+  setIdentifier(list_, "sidebar.list");
+  setAccessibleLabel(list_, localized("Mailboxes_title", "Mailboxes", "Sidebar title"));
+  set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
+  set_vexpand(true);
+  set_child(list_);
+  observeScreen();
+  showSections();
+}
+
+SidebarView::~SidebarView() {
+  sectionsIdle_.disconnect();
+}
+
+void SidebarView::observeScreen() {
+  const auto follow = [this](auto& field) {
+    subscriptions_.push_back(field.observe([this] { sectionsChanged(); }));
+  };
+  follow(screen_.libraries);
+  follow(screen_.messages);
+  follow(screen_.cachedLabelClassification);
+  follow(screen_.cachedCategoryCounts);
+  follow(screen_.intelligenceEnabled);
+  follow(screen_.enableCategoryDetection);
+  if (auto* categorizer = screen_.categorizer()) {
+    follow(categorizer->isCategorizing);
+    follow(categorizer->totalToProcess);
+    follow(categorizer->processedCount);
+  }
+  subscriptions_.push_back(screen_.sidebarSelection.observe([this] { showSelection(); }));
+}
+
+void SidebarView::sectionsChanged() {
+  // Several fields change together; the sections are worked out once.
+  if (!sectionsIdle_.connected()) {
+    sectionsIdle_ = Glib::signal_idle().connect(
+        [this] {
+          sectionsIdle_.disconnect();
+          showSections();
+          return false;
+        },
+        Glib::PRIORITY_HIGH);
+  }
+}
+
+void SidebarView::showSections() {
+  const auto items = makeItems(sidebarSections(screen_));
+  bool isSame = items.size() == roots_->get_n_items();
+  for (guint position = 0; isSame && position < items.size(); ++position) {
+    isSame = roots_->get_item(position)->isSameLine(*items[position]);
+  }
+  if (isSame) {
+    for (guint position = 0; position < items.size(); ++position) {
+      roots_->get_item(position)->take(*items[position]);
+    }
+    return;
+  }
+  isUpdating_ = true;
+  selection_->unselect_all();
+  roots_->splice(0, roots_->get_n_items(), items);
+  isUpdating_ = false;
+  showSelection();
+}
+
+Glib::RefPtr<SidebarItem> SidebarView::itemAt(guint position) const {
+  return itemOf(selection_->get_object(position));
+}
+
+void SidebarView::showSelection() {
+  const SidebarSelection wanted = screen_.sidebarSelection().value_or(SidebarSelection::allLibraries());
+  guint found = GTK_INVALID_LIST_POSITION;
+  for (guint position = 0; position < selection_->get_n_items(); ++position) {
+    const auto item = itemAt(position);
+    if (item && item->kind() == SidebarItem::Kind::row && item->row().selection == wanted) {
+      found = position;
+      break;
+    }
+  }
+  isUpdating_ = true;
+  selection_->set_selected(found);
+  isUpdating_ = false;
+}
+
+void SidebarView::selectionChosen() {
+  if (isUpdating_) {
+    return;
+  }
+  const auto item = itemAt(selection_->get_selected());
+  if (item && item->kind() == SidebarItem::Kind::row) {
+    screen_.sidebarSelection.set(item->row().selection);
+  }
+}
+
+}  // namespace tidewrack::ui

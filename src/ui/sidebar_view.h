@@ -1,0 +1,40 @@
+#pragma once
+
+#include <vector>
+
+#include <gtkmm.h>
+
+#include "platform/observable.h"
+#include "screen/content_view.h"
+#include "ui/sidebar_item.h"
+
+namespace tidewrack::ui {
+
+/// The navigation column: the sections of the sidebar as one list, labels as an outline that folds. Follows
+/// the screen's fields and writes the selection back.
+class SidebarView : public Gtk::ScrolledWindow {
+ public:
+  explicit SidebarView(ContentView& screen);
+  ~SidebarView() override;
+  SidebarView(const SidebarView&) = delete;
+  SidebarView& operator=(const SidebarView&) = delete;
+
+ private:
+  void observeScreen();
+  void sectionsChanged();
+  void showSections();
+  void showSelection();
+  void selectionChosen();
+  [[nodiscard]] Glib::RefPtr<SidebarItem> itemAt(guint position) const;
+
+  ContentView& screen_;
+  Glib::RefPtr<Gio::ListStore<SidebarItem>> roots_;
+  Glib::RefPtr<Gtk::TreeListModel> tree_;
+  Glib::RefPtr<Gtk::SingleSelection> selection_;
+  Gtk::ListView list_;
+  bool isUpdating_ = false;  ///< The selection moves because the screen's did.
+  sigc::connection sectionsIdle_;
+  std::vector<Subscription> subscriptions_;
+};
+
+}  // namespace tidewrack::ui
