@@ -31,11 +31,12 @@ std::shared_ptr<const Picture> pictureOnDisk(const std::filesystem::path& file) 
 
 }  // namespace
 
-/// co_await WaitFor{flight}: goes on when the look-up has ended.
+/// co_await WaitFor{flight}: goes on when the look-up has ended. Whoever waits keeps the flight alive: an
+/// awaiter that owns something and is made by an initializer list in a co_await is destroyed twice by GCC 12.
 struct GravatarService::WaitFor {
-  std::shared_ptr<Flight> flight;
-  [[nodiscard]] bool await_ready() const noexcept { return flight->isDone; }
-  void await_suspend(std::coroutine_handle<> waiting) const { flight->waiters.push_back(waiting); }
+  Flight& flight;
+  [[nodiscard]] bool await_ready() const noexcept { return flight.isDone; }
+  void await_suspend(std::coroutine_handle<> waiting) const { flight.waiters.push_back(waiting); }
   void await_resume() const noexcept {}
 };
 
@@ -72,7 +73,7 @@ Task<GravatarService::PicturePointer> GravatarService::avatar(std::string addres
   if (isNew) {
     resolve(flight);
   }
-  co_await WaitFor{flight};
+  co_await WaitFor{*flight};
   co_return flight->resolution.image;
 }
 
