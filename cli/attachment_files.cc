@@ -4,42 +4,23 @@
 #include <cstring>
 
 #include <fcntl.h>
-#include <unicode/uchar.h>
-#include <unicode/utf8.h>
 #include <unistd.h>
 
 #include "platform/failure.h"
 #include "platform/localized.h"
+#include "reading/safe_file_name.h"
 
 namespace tidewrack {
 namespace {
 
-// Well below the 255 bytes of the file systems, so that a number fits behind.
-constexpr std::size_t longestName = 200;
 constexpr std::size_t longestExtension = 20;
 constexpr int mostNumbers = 100'000;
-
-bool isHidden(UChar32 character) {
-  const auto type = u_charType(character);
-  return character < 0 || type == U_CONTROL_CHAR || type == U_FORMAT_CHAR || type == U_LINE_SEPARATOR ||
-         type == U_PARAGRAPH_SEPARATOR;
-}
 
 /// Where the extension begins; the length of the name when it has none.
 std::size_t extensionStart(std::string_view name) {
   const auto dot = name.rfind('.');
   const bool isExtension = dot != std::string_view::npos && dot > 0 && name.size() - dot <= longestExtension;
   return isExtension ? dot : name.size();
-}
-
-void cutToBytes(std::string& text, std::size_t count) {
-  if (text.size() <= count) {
-    return;
-  }
-  while (count > 0 && (static_cast<unsigned char>(text[count]) & 0xC0) == 0x80) {
-    --count;
-  }
-  text.resize(count);
 }
 
 FileFailure failure(const std::filesystem::path& path, int error) {
@@ -52,9 +33,8 @@ FileFailure failure(const std::filesystem::path& path, int error) {
 int createNew(const std::filesystem::path& folder, const std::string& name, std::filesystem::path& path) {
   const auto dot = extensionStart(name);
   for (int number = 1; number < mostNumbers; ++number) {
-    path =
-        folder /
-        (number == 1 ? name : name.substr(0, dot) + " (" + std::to_string(number) + ")" + name.substr(dot));
+    const auto mark = number == 1 ? std::string() : " (" + std::to_string(number) + ")";
+    path = folder / (name.substr(0, dot) + mark + name.substr(dot));
     const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (descriptor >= 0 || errno != EEXIST) {
       return descriptor;
@@ -82,34 +62,6 @@ void writeAll(int descriptor, std::string_view bytes, const std::filesystem::pat
 }
 
 }  // namespace
-
-std::string safeFileName(std::string_view name) {
-  std::string result;
-  const auto length = static_cast<int64_t>(name.size());
-  for (int64_t i = 0; i < length;) {
-    const auto start = static_cast<std::size_t>(i);
-    UChar32 character = 0;
-    U8_NEXT(name.data(), i, length, character);
-    const bool isLeading = result.empty() && (character == '.' || character == ' ');
-    if (isLeading || isHidden(character)) {
-      continue;
-    }
-    if (character == '/' || character == '\\') {
-      result += '_';
-    } else {
-      result += name.substr(start, static_cast<std::size_t>(i) - start);
-    }
-  }
-  while (!result.empty() && result.back() == ' ') {
-    result.pop_back();
-  }
-  if (result.size() > longestName) {
-    const auto extension = result.substr(extensionStart(result));
-    cutToBytes(result, longestName - extension.size());
-    result += extension;
-  }
-  return result.empty() ? "attachment" : result;
-}
 
 std::vector<std::filesystem::path> saveAttachments(const EmailMessage& message,
                                                    const std::filesystem::path& folder) {

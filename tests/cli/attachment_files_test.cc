@@ -29,37 +29,6 @@ std::string contents(const std::filesystem::path& file) {
   return text.str();
 }
 
-TEST(SafeFileNameTest, keepsAnOrdinaryName) {
-  EXPECT_EQ(safeFileName("Informe año.pdf"), "Informe año.pdf");
-  EXPECT_EQ(safeFileName("読書.txt"), "読書.txt");
-}
-
-TEST(SafeFileNameTest, neverLeavesTheFolder) {
-  EXPECT_EQ(safeFileName("../../etc/passwd"), "_.._etc_passwd");
-  EXPECT_EQ(safeFileName("/etc/passwd"), "_etc_passwd");
-  EXPECT_EQ(safeFileName("..\\boot.ini"), "_boot.ini");
-  EXPECT_EQ(safeFileName(".."), "attachment");
-  EXPECT_EQ(safeFileName("."), "attachment");
-  EXPECT_EQ(safeFileName(""), "attachment");
-}
-
-TEST(SafeFileNameTest, hidesNothing) {
-  EXPECT_EQ(safeFileName(" .bashrc"), "bashrc");
-  EXPECT_EQ(safeFileName(std::string("a\0b\x1b\n.txt", 9)), "ab.txt");
-  EXPECT_EQ(safeFileName("invoice\u202Efdp.exe"), "invoicefdp.exe");
-  EXPECT_EQ(safeFileName("name.txt  "), "name.txt");
-}
-
-TEST(SafeFileNameTest, cutsALongNameBetweenCharactersAndKeepsTheExtension) {
-  std::string longName;
-  for (int i = 0; i < 300; ++i) {
-    longName += "ñ";
-  }
-  const auto name = safeFileName(longName + ".pdf");
-  EXPECT_LE(name.size(), 200U);
-  EXPECT_TRUE(name.ends_with("ñ.pdf"));
-}
-
 TEST(SaveAttachmentsTest, writesEachAttachmentAndNumbersDuplicates) {
   const TemporaryFolder folder;
   const auto target = folder.path() / "new" / "folder";
