@@ -61,6 +61,7 @@ TEST_F(MainLoop, UtilityWorkDoesNotStandBeforeWhatTheUserWaitsFor) {
   executor.runInBackground(TaskPriority::utility, [&] {
     mayEnd.wait(false);
     utilityEnded = true;
+    executor.post([] {});
   });
   bool done = false;
   executor.runInBackground(TaskPriority::userInitiated, [&] { executor.post([&] { done = true; }); });
@@ -68,6 +69,7 @@ TEST_F(MainLoop, UtilityWorkDoesNotStandBeforeWhatTheUserWaitsFor) {
   EXPECT_FALSE(utilityEnded);
   mayEnd = true;
   mayEnd.notify_all();
+  executor.runUntil([&] { return utilityEnded.load(); });  // The work still uses what lives here.
 }
 
 TEST_F(MainLoop, TimersFireInTheOrderOfTheirDelays) {

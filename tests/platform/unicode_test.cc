@@ -162,10 +162,12 @@ std::vector<std::size_t> graphemeEnds(const std::string& text) {
   const auto units = icu::UnicodeString::fromUTF8(text);
   iterator->setText(units);
   std::vector<std::size_t> ends;
+  std::string before;
+  std::int32_t begin = 0;
   for (std::int32_t end = iterator->next(); end != icu::BreakIterator::DONE; end = iterator->next()) {
-    std::string before;
-    units.tempSubString(0, end).toUTF8String(before);
+    units.tempSubStringBetween(begin, end).toUTF8String(before);
     ends.push_back(before.size());
+    begin = end;
   }
   return ends;
 }
