@@ -9,13 +9,17 @@ CREATE TABLE source (
 );
 INSERT INTO source VALUES(1,'0F0E0D0C-0B0A-4908-8706-050403020100','Takeout');
 CREATE TABLE content (
-  number INTEGER PRIMARY KEY AUTOINCREMENT,
+  number INTEGER PRIMARY KEY,
   bytes BLOB NOT NULL
 );
 INSERT INTO content VALUES(1,X'486967682077617465722061742031303a34300a');
 INSERT INTO content VALUES(2,X'3c703e48696768207761746572206174203c623e31303a34303c2f623e3c2f703e');
 INSERT INTO content VALUES(3,X'7461626c65');
 INSERT INTO content VALUES(4,X'4e6f20646174652c206e6f206c6973742e0a');
+CREATE TABLE contentNumber (
+  next INTEGER NOT NULL
+);
+INSERT INTO contentNumber VALUES(5);
 CREATE TABLE contentRest (
   content INTEGER NOT NULL,
   piece INTEGER NOT NULL,
@@ -62,12 +66,8 @@ CREATE TABLE PersistedSearchToken (
   token TEXT NOT NULL DEFAULT '',
   messageID TEXT NOT NULL DEFAULT ''
 );
-DELETE FROM sqlite_sequence;
-INSERT INTO sqlite_sequence VALUES('content',4);
 CREATE INDEX sourceByLibrary ON source (libraryID);
 CREATE INDEX contentRestByContent ON contentRest (content, piece);
-CREATE INDEX messageByID ON message (id);
-CREATE INDEX messageBySource ON message (source);
 CREATE TRIGGER messageDeleted AFTER DELETE ON message BEGIN
   DELETE FROM content WHERE number = OLD.plainBody OR number = OLD.htmlBody;
   DELETE FROM attachment WHERE message = OLD.number;
@@ -120,18 +120,24 @@ INSTEAD OF UPDATE OF sourceLibraryID, sourceLibraryName ON PersistedEmailMessage
 END;
 CREATE TRIGGER persistedEmailMessagePlainBody INSTEAD OF UPDATE OF plainBody ON PersistedEmailMessage BEGIN
   DELETE FROM content WHERE number = (SELECT plainBody FROM message WHERE number = OLD.number);
-  INSERT INTO content (bytes) SELECT CAST(NEW.plainBody AS BLOB) WHERE NEW.plainBody IS NOT NULL;
+  INSERT INTO content (number, bytes) SELECT next, CAST(NEW.plainBody AS BLOB) FROM contentNumber
+    WHERE NEW.plainBody IS NOT NULL;
   UPDATE message SET
-    plainBody = CASE WHEN NEW.plainBody IS NULL THEN NULL ELSE (SELECT max(number) FROM content) END,
+    plainBody = CASE WHEN NEW.plainBody IS NULL THEN NULL ELSE (SELECT next FROM contentNumber) END,
     plainBodySize = length(CAST(NEW.plainBody AS BLOB))
     WHERE number = OLD.number;
+  UPDATE contentNumber SET next = next + 1;
 END;
 CREATE TRIGGER persistedEmailMessageHTMLBody INSTEAD OF UPDATE OF htmlBody ON PersistedEmailMessage BEGIN
   DELETE FROM content WHERE number = (SELECT htmlBody FROM message WHERE number = OLD.number);
-  INSERT INTO content (bytes) SELECT CAST(NEW.htmlBody AS BLOB) WHERE NEW.htmlBody IS NOT NULL;
+  INSERT INTO content (number, bytes) SELECT next, CAST(NEW.htmlBody AS BLOB) FROM contentNumber
+    WHERE NEW.htmlBody IS NOT NULL;
   UPDATE message SET
-    htmlBody = CASE WHEN NEW.htmlBody IS NULL THEN NULL ELSE (SELECT max(number) FROM content) END,
+    htmlBody = CASE WHEN NEW.htmlBody IS NULL THEN NULL ELSE (SELECT next FROM contentNumber) END,
     htmlBodySize = length(CAST(NEW.htmlBody AS BLOB))
     WHERE number = OLD.number;
+  UPDATE contentNumber SET next = next + 1;
 END;
+CREATE INDEX messageByID ON message (id);
+CREATE INDEX messageBySource ON message (source);
 COMMIT;
