@@ -282,6 +282,12 @@ TEST(Unicode, ValidityAndRepairAgreeWithTheTablesOnRandomBytes) {
   }
 }
 
+TEST(Unicode, ComparingIgnoresCaseInTheLocaleOfCToo) {
+  const LocaleGuard posix("en_US_POSIX");
+  EXPECT_EQ(localizedCaseInsensitiveCompare("Alpha", "alpha"), 0);
+  EXPECT_LT(localizedCaseInsensitiveCompare("deep", "Work"), 0);
+}
+
 TEST(Unicode, ComparingAndFindingIgnoreCaseButNotDiacritics) {
   const LocaleGuard english("en_US");
   EXPECT_EQ(localizedCaseInsensitiveCompare("Alpha", "alpha"), 0);
