@@ -120,6 +120,12 @@ TEST(ResolveInlineHTML, AHugeResultIsNotMade) {
   EXPECT_NE(replaceInlineImages(html, inlineImages(message), 5000), html);
 }
 
+TEST(ResolveInlineHTML, ATextMadeToCauseEndlessWorkStaysAsItIs) {
+  const auto message = messageWith("", {image("c", "foo"), image("d", "bar")});
+  EXPECT_EQ(replaceInlineImagesOneByOne("cid:c cid:d", inlineImages(message), 1000, 30), "cid:c cid:d");
+  EXPECT_NE(replaceInlineImagesOneByOne("cid:c cid:d", inlineImages(message), 1000, 1000), "cid:c cid:d");
+}
+
 TEST(ReplaceInlineImages, EqualsTheLiteralSequenceOnAnyText) {
   const std::vector<std::string> words = {"cid:", "cid:", "c",  "i",     "d",      ":", "a",
                                           "data", "<",    ">",  "b",     "ab",     "x", "ci",
