@@ -21,16 +21,23 @@ constexpr std::size_t mostHelpers = 3;
 // The messages that begin in a chunk. Its last one may reach far beyond it.
 void readChunk(std::string_view bytes, std::size_t begin, std::size_t end, MessageReader& reader,
                MessageList& messages) {
-  // The beginning of the archive begins a message like a separator does.
-  std::size_t separator = begin == 0 ? 0 : findSeparator(bytes, begin);
-  std::size_t message = begin == 0 ? 0 : behindLine(bytes, separator);
-  while (separator < end) {
+  // Reads what follows a separator, up to the next one.
+  const auto readMessage = [&](std::size_t message) {
     const std::size_t next = findSeparator(bytes, message);
     if (auto made = reader.read(message, next - message)) {
       messages.push_back(std::move(made));
     }
-    separator = next;
-    message = behindLine(bytes, next);
+    return next;
+  };
+  std::size_t separator = 0;
+  if (begin == 0) {
+    separator = readMessage(0);  // The beginning of the archive begins a message without a separator.
+  } else {
+    // In this chunk only, so that the chunks of a message that fills many are not all read to its end.
+    separator = findSeparator(bytes.substr(0, end + separatorSize), begin);
+  }
+  while (separator < end) {
+    separator = readMessage(behindLine(bytes, separator));
   }
 }
 

@@ -8,6 +8,7 @@ namespace tidewrack {
 namespace {
 
 constexpr std::string_view separator = "From ";
+static_assert(separator.size() == separatorSize);
 
 }  // namespace
 

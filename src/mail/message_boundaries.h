@@ -8,6 +8,9 @@
 /// front of the first such line is a message, too. CR, LF and CRLF end lines. Any bytes are allowed.
 namespace tidewrack {
 
+/// Of the "From " that makes a line a separator.
+inline constexpr std::size_t separatorSize = 5;
+
 /// The first line with "From " that begins at or behind `from`; the size of the bytes when there is none.
 std::size_t findSeparator(std::string_view bytes, std::size_t from) noexcept;
 

@@ -30,7 +30,7 @@ Text conversationOf(const EmailMessage& message, std::string_view subject) {
 
 MessageReader::MessageReader(std::shared_ptr<const Archive> archive, const Text& libraryID,
                              const Text& libraryName)
-    : archive_(std::move(archive)), libraryID_(libraryID), libraryName_(libraryName) {}
+    : archive_(std::move(archive)), libraryID_(libraryID.view()), libraryName_(libraryName.view()) {}
 
 std::shared_ptr<const EmailMessage> MessageReader::read(std::size_t offset, std::size_t length) {
   const std::string_view raw = archive_->bytes().substr(offset, length);
@@ -77,7 +77,7 @@ void MessageReader::make(const CleanMessage& clean, EmailMessage& message) {
   message.to = parseAddressList(headers_[KnownHeader::to], &pool_);
   message.cc = parseAddressList(headers_[KnownHeader::cc], &pool_);
   message.date = parseDate(headers_[KnownHeader::date]);
-  message.id = pool_.text(cleanMessageID(headers_[KnownHeader::messageID]));
+  message.id = cleanMessageID(headers_[KnownHeader::messageID]);
   if (const auto reference = cleanReference(headers_[KnownHeader::inReplyTo])) {
     message.inReplyTo = pool_.text(*reference);
   }

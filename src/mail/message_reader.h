@@ -30,7 +30,7 @@ class MessageReader {
   void make(const CleanMessage& clean, EmailMessage& message);
 
   std::shared_ptr<const Archive> archive_;
-  Text libraryID_;
+  Text libraryID_;  // copies of its own, so that threads do not share the counts of references
   Text libraryName_;
   TextPool pool_;
   KnownHeaders headers_;

@@ -6,7 +6,7 @@ namespace tidewrack {
 namespace {
 
 constexpr std::size_t longestText = 256;  // bytes; what is longer hardly ever comes twice
-constexpr std::size_t placeCount = std::size_t{1} << 15U;
+constexpr std::size_t placeCount = std::size_t{1} << 13U;
 
 }  // namespace
 

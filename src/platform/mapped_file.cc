@@ -54,7 +54,8 @@ void handleBusError(int signal, siginfo_t* info, void* context) {
   const int savedError = errno;
   const auto pageSize = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
   const auto address = reinterpret_cast<std::uintptr_t>(info->si_addr);
-  if (isGuarded(address)) {
+  const bool isFault = info->si_code > 0;  // not sent by somebody
+  if (isFault && isGuarded(address)) {
     auto* const page = reinterpret_cast<void*>(address & ~(pageSize - 1));
     if (::mmap(page, pageSize, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED) {
       errno = savedError;
@@ -66,8 +67,9 @@ void handleBusError(int signal, siginfo_t* info, void* context) {
   } else if (previousAction.sa_handler != SIG_DFL && previousAction.sa_handler != SIG_IGN) {
     previousAction.sa_handler(signal);
   } else {
-    // The fault comes again on return and then ends the process as it should.
+    // Ends the process on return, as it should.
     ::sigaction(SIGBUS, &previousAction, nullptr);
+    ::raise(SIGBUS);
   }
   errno = savedError;
 }

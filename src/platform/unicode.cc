@@ -169,9 +169,7 @@ const icu::Collator& caseInsensitiveCollator() {
   const icu::Locale& current = icu::Locale::getDefault();
   if (collator == nullptr || localeName != current.getName()) {
     UErrorCode status = U_ZERO_ERROR;
-    // The locale of "C" orders by code point, capitals first; what ignores case takes the root order there.
-    const bool isPOSIX = std::string_view(current.getVariant()) == "POSIX";
-    collator.reset(icu::Collator::createInstance(isPOSIX ? icu::Locale::getRoot() : current, status));
+    collator.reset(icu::Collator::createInstance(current, status));
     collator->setStrength(icu::Collator::SECONDARY);
     localeName = current.getName();
   }

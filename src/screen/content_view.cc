@@ -340,16 +340,15 @@ Task<> ContentView::discover() {
 }
 
 Task<> ContentView::mergeIntoMessages(SharedMessageList list) {
-  MessagesChange change = [list](const SharedMessageList& present) { return merge(present, list); };
-  co_await changeMessages(std::move(change), nullptr);
+  co_await changeMessages([list](const SharedMessageList& present) { return merge(present, list); });
 }
 
 Task<> ContentView::replaceMessages(SharedMessageList list, std::function<void()> justBefore) {
-  MessagesChange change = [list](const SharedMessageList& /*present*/) { return list; };
-  co_await changeMessages(std::move(change), std::move(justBefore));
+  co_await changeMessages([list](const SharedMessageList& /*present*/) { return list; }, justBefore);
 }
 
-Task<> ContentView::changeMessages(MessagesChange change, std::function<void()> justBefore) {
+Task<> ContentView::changeMessages(std::function<SharedMessageList(const SharedMessageList& present)> change,
+                                   std::function<void()> justBefore) {
   struct Prepared {
     DerivedInput input;
     DerivedState state;

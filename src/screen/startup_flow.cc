@@ -72,12 +72,11 @@ Task<> ContentView::loadStoredMail() {
   }
   const bool hasTokens = !index.empty();
 
-  std::function<void()> justBefore = [this, &loaded, &index] {
+  co_await replaceMessages(fetched, [this, &loaded, &index] {
     libraries.set(std::move(loaded));
     // Before the messages, so that their reaction finds an index that needs little more.
     searchIndex.set(std::move(index));
-  };
-  co_await replaceMessages(fetched, std::move(justBefore));
+  });
   if (!messages().empty() && !hasTokens) {
     co_await rewriteStoredTokens();
     refreshSearchIndexInBackground();
@@ -88,8 +87,7 @@ Task<> ContentView::showDemoLibrary() {
   DemoLibrary demo = services_.demoLibrary();
   libraries.set(std::move(demo.libraries));
   sortNewestFirst(demo.messages);
-  SharedMessageList list = std::move(demo.messages);
-  co_await replaceMessages(std::move(list), nullptr);
+  co_await replaceMessages(std::move(demo.messages), {});
   refreshSearchIndexInBackground();
   recomputeDerivedState();
   co_await whenDerivedStateIsCurrent();
@@ -122,7 +120,7 @@ void ContentView::startCategorizationIfNeeded() {
 }
 
 Task<> ContentView::setCategory(Text id, Text category) {
-  MessagesChange change = [id, category](const SharedMessageList& present) {
+  co_await changeMessages([id, category](const SharedMessageList& present) {
     MessageList changed = present;
     const auto found =
         std::ranges::find(changed, id, [](const auto& message) -> const Text& { return message->id; });
@@ -132,8 +130,7 @@ Task<> ContentView::setCategory(Text id, Text category) {
       *found = std::move(message);
     }
     return changed;
-  };
-  co_await changeMessages(std::move(change), nullptr);
+  });
   const auto turn = co_await modelContextLock_.turn(services_.executor);
   auto store = [id, category, context = modelContext_] { updateCategory(id, category, *context); };
   try {

@@ -9,6 +9,7 @@
 namespace tidewrack::ui {
 namespace {
 
+constexpr int margin = 18;
 constexpr int minimumSizeSteps = -5;
 constexpr int maximumSizeSteps = 10;
 
@@ -56,7 +57,7 @@ std::string layable(std::string_view piece, std::size_t maximum, std::size_t& li
 
 }  // namespace
 
-BodyTextView::BodyTextView(int margin) {
+BodyTextView::BodyTextView() {
   buffer_ = textView_.get_buffer();
   textView_.set_editable(false);
   textView_.set_cursor_visible(false);
