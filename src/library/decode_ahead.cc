@@ -2,18 +2,16 @@
 
 #include <utility>
 
-#include "mail/json_coding.h"
-
 namespace tidewrack {
 namespace {
 
-DecodedMessage decode(const EmailMessage& message, std::size_t index) {
-  DecodedMessage decoded;
+// What goes from thread to thread in one step: enough that the handing over costs nothing beside the work.
+constexpr std::size_t batchBytes = std::size_t{256} << 10U;
+constexpr std::size_t batchMessages = 64;
+
+DecodedContents decode(const EmailMessage& message, std::size_t index) {
+  DecodedContents decoded;
   decoded.index = index;
-  decoded.toData = encodeAddresses(message.to);
-  decoded.ccData = encodeAddresses(message.cc);
-  decoded.labelsData = encodeStrings(message.labels);
-  decoded.referencesData = encodeStrings(message.references);
   if (message.plainBody) {
     decoded.plainBody = message.plainBody->bytes();
   }
@@ -27,17 +25,17 @@ DecodedMessage decode(const EmailMessage& message, std::size_t index) {
   return decoded;
 }
 
-}  // namespace
-
-std::size_t DecodedMessage::weight() const {
-  std::size_t bytes = sizeof(DecodedMessage) + toData.size() + ccData.size() + labelsData.size() +
-                      referencesData.size() + (plainBody ? plainBody->size() : 0) +
-                      (htmlBody ? htmlBody->size() : 0);
-  for (const auto& attachment : attachments) {
-    bytes += sizeof(std::string) + attachment.size();
+// Memory that the contents take, roughly, in bytes.
+std::size_t weightOf(const DecodedContents& decoded) {
+  std::size_t bytes = sizeof decoded + (decoded.plainBody ? decoded.plainBody->size() : 0) +
+                      (decoded.htmlBody ? decoded.htmlBody->size() : 0);
+  for (const auto& attachment : decoded.attachments) {
+    bytes += sizeof attachment + attachment.size();
   }
   return bytes;
 }
+
+}  // namespace
 
 DecodeAhead::DecodeAhead(const MessageList& messages, std::vector<std::size_t> indices)
     : messages_(messages), indices_(std::move(indices)), thread_([this] { run(); }) {}
@@ -53,19 +51,18 @@ DecodeAhead::~DecodeAhead() {
 
 void DecodeAhead::run() {
   try {
+    Weighed current;
     for (const std::size_t index : indices_) {
-      DecodedMessage decoded = decode(*messages_[index], index);
-      std::unique_lock guard(mutex_);
-      changed_.wait(guard, [&] { return waitingBytes_ < bound || stopped_; });
-      if (stopped_) {
-        return;
+      current.batch.push_back(decode(*messages_[index], index));
+      current.bytes += weightOf(current.batch.back());
+      if (current.bytes >= batchBytes || current.batch.size() >= batchMessages) {
+        if (!push(std::exchange(current, {}))) {
+          return;
+        }
       }
-      waitingBytes_ += decoded.weight();
-      waiting_.push_back(std::move(decoded));
-      // The writer sleeps only on an empty queue, or before it has begun.
-      if (waiting_.size() == 1 || waitingBytes_ >= bound) {
-        changed_.notify_all();
-      }
+    }
+    if (!current.batch.empty()) {
+      push(std::move(current));
     }
   } catch (...) {
     const std::lock_guard guard(mutex_);
@@ -78,29 +75,44 @@ void DecodeAhead::run() {
   changed_.notify_all();
 }
 
+// Waits for room; false when the work is to stop.
+bool DecodeAhead::push(Weighed batch) {
+  {
+    std::unique_lock guard(mutex_);
+    changed_.wait(guard, [&] { return waitingBytes_ < bound || stopped_; });
+    if (stopped_) {
+      return false;
+    }
+    waitingBytes_ += batch.bytes;
+    waiting_.push_back(std::move(batch));
+  }
+  changed_.notify_all();
+  return true;
+}
+
 bool DecodeAhead::fitsIntoMemory() {
   std::unique_lock guard(mutex_);
   changed_.wait(guard, [&] { return done_ || waitingBytes_ >= bound; });
   return done_;
 }
 
-std::optional<DecodedMessage> DecodeAhead::next() {
-  std::unique_lock guard(mutex_);
-  changed_.wait(guard, [&] { return !waiting_.empty() || done_; });
-  if (waiting_.empty()) {
-    if (failure_) {
-      std::rethrow_exception(failure_);
+DecodeAhead::Batch DecodeAhead::next() {
+  Batch batch;
+  {
+    std::unique_lock guard(mutex_);
+    changed_.wait(guard, [&] { return !waiting_.empty() || done_; });
+    if (waiting_.empty()) {
+      if (failure_) {
+        std::rethrow_exception(failure_);
+      }
+      return batch;
     }
-    return std::nullopt;
+    batch = std::move(waiting_.front().batch);
+    waitingBytes_ -= waiting_.front().bytes;
+    waiting_.pop_front();
   }
-  DecodedMessage decoded = std::move(waiting_.front());
-  waiting_.pop_front();
-  const bool wasFull = waitingBytes_ >= bound;
-  waitingBytes_ -= decoded.weight();
-  if (wasFull) {
-    changed_.notify_all();
-  }
-  return decoded;
+  changed_.notify_all();
+  return batch;
 }
 
 }  // namespace tidewrack

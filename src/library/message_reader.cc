@@ -90,17 +90,15 @@ StoredScalars scalarsOf(const SQLiteStatement& row) {
           optionalBytes(row, category)};
 }
 
-std::optional<Content> bodyOf(const std::shared_ptr<MessageStore>& store, const SQLiteStatement& row,
-                              int column) {
+std::optional<Content> bodyOf(StoredContents& contents, const SQLiteStatement& row, int column) {
   if (row.isNull(column)) {
     return std::nullopt;
   }
-  return storedContent(store, row.integer(column), static_cast<std::uint64_t>(row.integer(column + 1)));
+  return contents.content(row.integer(column), static_cast<std::uint64_t>(row.integer(column + 1)));
 }
 
 // An attachment from a row of attachmentColumns.
-EmailAttachment attachmentOf(const std::shared_ptr<MessageStore>& store, const SQLiteStatement& row,
-                             ListTextPool& pool) {
+EmailAttachment attachmentOf(StoredContents& contents, const SQLiteStatement& row, ListTextPool& pool) {
   EmailAttachment attachment;
   const std::string_view bytes = row.bytes(1);
   std::memcpy(attachment.id.bytes.data(), bytes.data(), std::min(bytes.size(), attachment.id.bytes.size()));
@@ -111,7 +109,7 @@ EmailAttachment attachmentOf(const std::shared_ptr<MessageStore>& store, const S
   }
   attachment.isInline = row.integer(5) != 0;
   if (!row.isNull(6)) {
-    attachment.data = storedContent(store, row.integer(6), static_cast<std::uint64_t>(row.integer(7)));
+    attachment.data = contents.content(row.integer(6), static_cast<std::uint64_t>(row.integer(7)));
   }
   return attachment;
 }
@@ -119,9 +117,9 @@ EmailAttachment attachmentOf(const std::shared_ptr<MessageStore>& store, const S
 /// Reads the messages of one range of row numbers after the other. One a thread.
 class RangeReader {
  public:
-  RangeReader(std::shared_ptr<MessageStore> store, SQLiteConnection& connection, const Sources& sources,
-              std::optional<std::string_view> libraryID)
-      : store_(std::move(store)),
+  RangeReader(const std::shared_ptr<MessageStore>& store, SQLiteConnection& connection,
+              const Sources& sources, std::optional<std::string_view> libraryID)
+      : contents_(store),
         sources_(sources),
         messages_(connection.prepare(
             std::string("SELECT ") + messageColumns + " FROM message WHERE number BETWEEN ?1 AND ?2" +
@@ -148,14 +146,14 @@ class RangeReader {
       const Source library = sourceOf(sources_, messages_.integer(source));
       message->sourceLibraryID = library.libraryID;
       message->sourceLibraryName = library.libraryName;
-      message->plainBody = bodyOf(store_, messages_, plainBody);
-      message->htmlBody = bodyOf(store_, messages_, htmlBody);
+      message->plainBody = bodyOf(contents_, messages_, plainBody);
+      message->htmlBody = bodyOf(contents_, messages_, htmlBody);
       const std::int64_t row = messages_.integer(number);
       while (hasAttachment && attachments_.integer(0) < row) {
         hasAttachment = attachments_.step();
       }
       while (hasAttachment && attachments_.integer(0) == row) {
-        message->attachments.push_back(attachmentOf(store_, attachments_, mapper_.pool()));
+        message->attachments.push_back(attachmentOf(contents_, attachments_, mapper_.pool()));
         hasAttachment = attachments_.step();
       }
       message->attachments.shrink_to_fit();
@@ -167,7 +165,7 @@ class RangeReader {
   }
 
  private:
-  std::shared_ptr<MessageStore> store_;
+  StoredContents contents_;
   const Sources& sources_;
   SQLiteStatement messages_;
   SQLiteStatement attachments_;
@@ -279,6 +277,7 @@ std::optional<PersistedEmailMessage> readMessage(const std::shared_ptr<MessageSt
     return std::nullopt;
   }
   PersistedEmailMessage entity;
+  StoredContents contents(store);
   const Sources sources = readSources(connection);
   const Source library = sourceOf(sources, row.integer(source));
   const StoredScalars scalars = scalarsOf(row);
@@ -295,8 +294,8 @@ std::optional<PersistedEmailMessage> readMessage(const std::shared_ptr<MessageSt
   entity.ccData = scalars.ccData;
   entity.date = scalars.date;
   entity.snippet = scalars.snippet;
-  entity.plainBody = bodyOf(store, row, plainBody);
-  entity.htmlBody = bodyOf(store, row, htmlBody);
+  entity.plainBody = bodyOf(contents, row, plainBody);
+  entity.htmlBody = bodyOf(contents, row, htmlBody);
   entity.labelsData = scalars.labelsData;
   entity.conversationID = scalars.conversationID;
   entity.inReplyTo = optionalText(scalars.inReplyTo);
@@ -307,7 +306,7 @@ std::optional<PersistedEmailMessage> readMessage(const std::shared_ptr<MessageSt
   attachments.bindInteger(1, row.integer(number));
   ListTextPool pool;
   while (attachments.step()) {
-    const EmailAttachment attachment = attachmentOf(store, attachments, pool);
+    const EmailAttachment attachment = attachmentOf(contents, attachments, pool);
     entity.attachments.push_back({attachment.id, attachment.fileName, attachment.mimeType, attachment.data,
                                   attachment.contentID, attachment.isInline});
   }

@@ -29,7 +29,7 @@ constexpr const char* writerPragmas =
 // Only the writing connection checkpoints: two connections that do so can lose a commit in this version of
 // SQLite (the WAL-reset bug, mended in 3.51.3).
 constexpr const char* readerPragmas =
-    "PRAGMA cache_size = -8192; PRAGMA query_only = ON; PRAGMA wal_autocheckpoint = 0;";
+    "PRAGMA cache_size = -2048; PRAGMA query_only = ON; PRAGMA wal_autocheckpoint = 0;";
 
 // What a row holds besides the bytes: its header and the key.
 constexpr std::int64_t rowOverhead = 1024;
@@ -205,6 +205,7 @@ void MessageStore::leaveExclusive() {
   bool returned = false;
   try {
     const std::lock_guard turn(writerTurn_);
+    writer_.database().execute("PRAGMA shrink_memory");  // A large save has filled the cache.
     returned = writer_.database().queryText("PRAGMA journal_mode = WAL") == "wal";
   } catch (const StoreFailure&) {
     returned = false;
@@ -248,6 +249,7 @@ MessageStore::Reading::~Reading() {
   for (auto& connection : leased_) {
     try {
       connection->database().execute("ROLLBACK");
+      connection->database().execute("PRAGMA shrink_memory");  // A list has filled the cache.
       store_.giveBack(std::move(connection));
     } catch (const StoreFailure&) {
       connection.reset();

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "mail/json_coding.h"
+
 namespace tidewrack {
 namespace {
 
@@ -71,17 +73,44 @@ MessageWriter::MessageWriter(SQLiteConnection& connection, std::int64_t pieceSiz
       findMessage_(connection.prepare("SELECT number FROM message WHERE id = ? LIMIT 2")),
       insertMessage_(connection.prepare(insertMessageSQL)),
       updateMessage_(connection.prepare(updateMessageSQL)),
-      insertContent_(connection.prepare("INSERT INTO content (bytes) VALUES (?)")),
+      insertContent_(connection.prepare("INSERT INTO content (number, bytes) VALUES (?, ?)")),
       insertContentRest_(
           connection.prepare("INSERT INTO contentRest (content, piece, bytes) VALUES (?, ?, ?)")),
       insertAttachment_(connection.prepare(
           "INSERT INTO attachment (message, position, id, fileName, mimeType, contentID, isInline, data, "
           "dataSize) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)")),
-      findContents_(connection.prepare(
-          "SELECT plainBody FROM message WHERE number = ?1 UNION ALL SELECT htmlBody FROM message "
-          "WHERE number = ?1 UNION ALL SELECT data FROM attachment WHERE message = ?1")),
-      detachData_(connection.prepare("UPDATE attachment SET data = NULL WHERE message = ?")),
-      deleteAttachments_(connection.prepare("DELETE FROM attachment WHERE message = ?")) {}
+      deleteBodies_(connection.prepare(
+          "DELETE FROM content WHERE number IN (SELECT plainBody FROM message WHERE number = ?1 UNION ALL "
+          "SELECT htmlBody FROM message WHERE number = ?1)")),
+      deleteAttachments_(connection.prepare("DELETE FROM attachment WHERE message = ?")),
+      nextContent_(connection.queryInteger("SELECT next FROM contentNumber")) {}
+
+bool MessageWriter::storeIsEmpty() {
+  return connection_.queryInteger("SELECT NOT EXISTS (SELECT 1 FROM message)") != 0;
+}
+
+void MessageWriter::dropIndexes() {
+  auto indexes = connection_.prepare(
+      "SELECT name, sql FROM sqlite_master WHERE type = 'index' AND tbl_name = 'message' AND sql IS NOT "
+      "NULL");
+  std::vector<std::string> names;
+  while (indexes.step()) {
+    names.emplace_back(indexes.bytes(0));
+    droppedIndexes_.emplace_back(indexes.bytes(1));
+  }
+  indexes.reset();
+  for (const std::string& name : names) {
+    connection_.execute("DROP INDEX " + name);
+  }
+}
+
+void MessageWriter::finish() {
+  for (const std::string& sql : droppedIndexes_) {
+    connection_.execute(sql);
+  }
+  droppedIndexes_.clear();
+  connection_.execute("UPDATE contentNumber SET next = " + std::to_string(nextContent_));
+}
 
 std::optional<std::int64_t> MessageWriter::existingRow(std::string_view id) {
   std::optional<std::int64_t> row;
@@ -96,18 +125,7 @@ std::optional<std::int64_t> MessageWriter::existingRow(std::string_view id) {
   return row;
 }
 
-WrittenContents MessageWriter::insert(const EmailMessage& message, const DecodedMessage& decoded) {
-  return write(std::nullopt, message, decoded);
-}
-
-WrittenContents MessageWriter::update(std::int64_t row, const EmailMessage& message,
-                                      const DecodedMessage& decoded) {
-  collectObsolete(row);
-  return write(row, message, decoded);
-}
-
-WrittenContents MessageWriter::write(std::optional<std::int64_t> row, const EmailMessage& message,
-                                     const DecodedMessage& decoded) {
+WrittenContents MessageWriter::writeContents(const DecodedContents& decoded) {
   WrittenContents contents;
   if (decoded.plainBody) {
     contents.plainBody = writeContent(*decoded.plainBody);
@@ -115,10 +133,22 @@ WrittenContents MessageWriter::write(std::optional<std::int64_t> row, const Emai
   if (decoded.htmlBody) {
     contents.htmlBody = writeContent(*decoded.htmlBody);
   }
+  contents.attachments.reserve(decoded.attachments.size());
   for (const auto& data : decoded.attachments) {
     contents.attachments.push_back(data.empty() ? ContentPlace() : writeContent(data));
   }
+  return contents;
+}
 
+void MessageWriter::writeMessage(std::optional<std::int64_t> row, const EmailMessage& message,
+                                 const WrittenContents& contents) {
+  if (row) {
+    removeContents(*row);
+  }
+  const std::string toData = encodeAddresses(message.to);
+  const std::string ccData = encodeAddresses(message.cc);
+  const std::string labelsData = encodeStrings(message.labels);
+  const std::string referencesData = encodeStrings(message.references);
   SQLiteStatement& statement = row ? updateMessage_ : insertMessage_;
   Binder binder(statement);
   binder.text(message.id);
@@ -126,30 +156,30 @@ WrittenContents MessageWriter::write(std::optional<std::int64_t> row, const Emai
   binder.text(message.subject);
   binder.optionalText(message.from.name);
   binder.text(message.from.address);
-  binder.blob(decoded.toData);
-  binder.blob(decoded.ccData);
+  binder.blob(toData);
+  binder.blob(ccData);
   binder.date(message.date);
   binder.text(message.snippet);
   binder.place(contents.plainBody);
   binder.place(contents.htmlBody);
-  binder.blob(decoded.labelsData);
+  binder.blob(labelsData);
   binder.text(message.conversationID);
   binder.optionalText(message.inReplyTo);
-  binder.blob(decoded.referencesData);
+  binder.blob(referencesData);
   binder.optionalText(message.category);
   if (row) {
     binder.integer(*row);
   }
   statement.run();
   writeAttachments(row ? *row : connection_.lastInsertRow(), message, contents);
-  return contents;
 }
 
 ContentPlace MessageWriter::writeContent(std::string_view bytes) {
   const auto pieceSize = static_cast<std::size_t>(pieceSize_);
-  insertContent_.bindBlob(1, bytes.substr(0, pieceSize));
+  const ContentPlace place{nextContent_++, bytes.size()};
+  insertContent_.bindInteger(1, place.number);
+  insertContent_.bindBlob(2, bytes.substr(0, pieceSize));
   insertContent_.run();
-  const ContentPlace place{connection_.lastInsertRow(), bytes.size()};
   std::int64_t piece = 0;
   for (std::size_t start = pieceSize; start < bytes.size(); start += pieceSize) {
     insertContentRest_.bindInteger(1, place.number);
@@ -183,29 +213,12 @@ void MessageWriter::writeAttachments(std::int64_t row, const EmailMessage& messa
   }
 }
 
-// Takes the old attachments from the message and notes all of its old contents.
-void MessageWriter::collectObsolete(std::int64_t row) {
-  findContents_.bindInteger(1, row);
-  while (findContents_.step()) {
-    if (!findContents_.isNull(0)) {
-      obsolete_.push_back(findContents_.integer(0));
-    }
-  }
-  findContents_.reset();
-  // Without its data first, so that the deletion leaves the content alone for now.
-  detachData_.bindInteger(1, row);
-  detachData_.run();
+// Of a message that is about to get new ones.
+void MessageWriter::removeContents(std::int64_t row) {
+  deleteBodies_.bindInteger(1, row);
+  deleteBodies_.run();
   deleteAttachments_.bindInteger(1, row);
   deleteAttachments_.run();
-}
-
-void MessageWriter::removeObsolete() {
-  auto remove = connection_.prepare("DELETE FROM content WHERE number = ?");
-  for (const std::int64_t number : obsolete_) {
-    remove.bindInteger(1, number);
-    remove.run();
-  }
-  obsolete_.clear();
 }
 
 std::int64_t MessageWriter::sourceNumber(const Text& libraryID, const Text& libraryName) {

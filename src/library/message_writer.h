@@ -27,27 +27,34 @@ struct WrittenContents {
   std::vector<ContentPlace> attachments;
 };
 
-/// Writes messages in the transaction of its caller, who also sees that one thread at a time uses it.
+/// Writes messages in the transaction of its caller, who also sees that one thread at a time uses it. The
+/// contents of all messages are written before the first message, so that the rows of the messages come to
+/// lie together in the file and a list is read in one sweep.
 class MessageWriter {
  public:
   /// Contents beyond `pieceSize` bytes are cut into several rows.
   MessageWriter(SQLiteConnection& connection, std::int64_t pieceSize);
 
+  /// Whether there is no message yet.
+  [[nodiscard]] bool storeIsEmpty();
+  /// Takes the indexes of the messages away until finish(): to sort all keys at the end costs a third of
+  /// putting each into its place. For an empty store.
+  void dropIndexes();
   /// The row of the message of this id, or nothing. Two rows with the same id stop the process.
   std::optional<std::int64_t> existingRow(std::string_view id);
 
-  WrittenContents insert(const EmailMessage& message, const DecodedMessage& decoded);
-  /// Overwrites a row: the category only when the message has one, bodies and attachments whole. The old
-  /// contents stay readable until removeObsolete, since the messages of the list may refer to them.
-  WrittenContents update(std::int64_t row, const EmailMessage& message, const DecodedMessage& decoded);
-  void removeObsolete();
+  WrittenContents writeContents(const DecodedContents& decoded);
+  /// Inserts a message, or overwrites a row: the category only when the message has one, bodies and
+  /// attachments whole.
+  void writeMessage(std::optional<std::int64_t> row, const EmailMessage& message,
+                    const WrittenContents& contents);
+  /// What has to follow the last message of the transaction.
+  void finish();
 
  private:
-  WrittenContents write(std::optional<std::int64_t> row, const EmailMessage& message,
-                        const DecodedMessage& decoded);
   ContentPlace writeContent(std::string_view bytes);
   void writeAttachments(std::int64_t row, const EmailMessage& message, const WrittenContents& contents);
-  void collectObsolete(std::int64_t row);
+  void removeContents(std::int64_t row);
   std::int64_t sourceNumber(const Text& libraryID, const Text& libraryName);
 
   SQLiteConnection& connection_;
@@ -58,11 +65,11 @@ class MessageWriter {
   SQLiteStatement insertContent_;
   SQLiteStatement insertContentRest_;
   SQLiteStatement insertAttachment_;
-  SQLiteStatement findContents_;
-  SQLiteStatement detachData_;
+  SQLiteStatement deleteBodies_;
   SQLiteStatement deleteAttachments_;
+  std::int64_t nextContent_;
+  std::vector<std::string> droppedIndexes_;  // The statements that make them.
   std::map<std::pair<Text, Text>, std::int64_t> sources_;
-  std::vector<std::int64_t> obsolete_;
 };
 
 }  // namespace tidewrack

@@ -1,15 +1,12 @@
 #include "library/record_mapper.h"
 
-#include <utility>
+#include <iterator>
 
 #include "mail/json_coding.h"
+#include "mail/json_lists.h"
 
 namespace tidewrack {
 namespace {
-
-// Most mail goes to few lists of addresses and bears few sets of labels: a small memory of them spares nearly
-// all the JSON. Beyond this many lists nothing is remembered any more.
-constexpr std::size_t maximumRememberedLists = 4096;
 
 constexpr std::string_view emptyList = "[]";
 
@@ -24,10 +21,10 @@ EmailMessage RecordMapper::message(const StoredScalars& row) {
   message.cc = addresses(row.ccData);
   message.date = row.date;
   message.snippet = row.snippet;
-  message.labels = strings(row.labelsData, &labelLists_);
+  message.labels = strings(row.labelsData);
   message.conversationID = pool_.text(row.conversationID);
   message.inReplyTo = optionalText(row.inReplyTo);
-  message.references = strings(row.referencesData, nullptr);
+  message.references = strings(row.referencesData);
   message.category = optionalText(row.category);
   return message;
 }
@@ -36,41 +33,22 @@ std::vector<EmailAddress> RecordMapper::addresses(std::string_view json) {
   if (json == emptyList) {
     return {};
   }
-  if (const auto known = addressLists_.find(json); known != addressLists_.end()) {
-    return known->second;
+  readAddresses_.clear();
+  if (!readAddresses(json, readAddresses_, [this](std::string_view bytes) { return pool_.text(bytes); })) {
+    return decodeAddresses(json);
   }
-  auto list = decodeAddresses(json);
-  list.shrink_to_fit();
-  for (auto& address : list) {
-    if (address.name) {
-      address.name = pool_.text(*address.name);
-    }
-    address.address = pool_.text(address.address);
-  }
-  if (addressLists_.size() < maximumRememberedLists) {
-    addressLists_.emplace(json, list);
-  }
-  return list;
+  return {std::move_iterator(readAddresses_.begin()), std::move_iterator(readAddresses_.end())};
 }
 
-std::vector<Text> RecordMapper::strings(std::string_view json, Cache<std::vector<Text>>* cache) {
+std::vector<Text> RecordMapper::strings(std::string_view json) {
   if (json == emptyList) {
     return {};
   }
-  if (cache != nullptr) {
-    if (const auto known = cache->find(json); known != cache->end()) {
-      return known->second;
-    }
+  readStrings_.clear();
+  if (!readStrings(json, readStrings_, [this](std::string_view bytes) { return pool_.text(bytes); })) {
+    return decodeStrings(json);
   }
-  auto list = decodeStrings(json);
-  list.shrink_to_fit();
-  for (auto& text : list) {
-    text = pool_.text(text);
-  }
-  if (cache != nullptr && cache->size() < maximumRememberedLists) {
-    cache->emplace(json, list);
-  }
-  return list;
+  return {std::move_iterator(readStrings_.begin()), std::move_iterator(readStrings_.end())};
 }
 
 std::optional<Text> RecordMapper::optionalText(const std::optional<std::string_view>& text) {

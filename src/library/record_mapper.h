@@ -1,10 +1,7 @@
 #pragma once
 
-#include <functional>
 #include <optional>
-#include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "library/list_text_pool.h"
@@ -39,21 +36,14 @@ class RecordMapper {
   ListTextPool& pool() { return pool_; }
 
  private:
-  // Views and owned keys are looked up alike.
-  struct KeyHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
-  };
-  template <typename List>
-  using Cache = std::unordered_map<std::string, List, KeyHash, std::equal_to<>>;
-
   std::vector<EmailAddress> addresses(std::string_view json);
-  std::vector<Text> strings(std::string_view json, Cache<std::vector<Text>>* cache);
+  std::vector<Text> strings(std::string_view json);
   std::optional<Text> optionalText(const std::optional<std::string_view>& text);
 
   ListTextPool pool_;
-  Cache<std::vector<EmailAddress>> addressLists_;
-  Cache<std::vector<Text>> labelLists_;
+  // Lists are read into these and then copied at their exact size.
+  std::vector<EmailAddress> readAddresses_;
+  std::vector<Text> readStrings_;
 };
 
 }  // namespace tidewrack

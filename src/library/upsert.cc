@@ -8,9 +8,6 @@
 namespace tidewrack {
 namespace {
 
-// How many messages are written between two words to the caller.
-constexpr std::size_t progressStep = 64;
-
 /// A writer whose statements come and go in the turn of the writing connection, as its every use does.
 class Writer {
  public:
@@ -37,6 +34,7 @@ class Writer {
 
 Upsert::Upsert(const MessageList& messages) : messages_(messages), last_(messages.size()) {
   std::unordered_map<std::string_view, std::size_t> lastOfID;
+  lastOfID.reserve(messages.size());
   for (std::size_t place = messages.size(); place-- > 0;) {
     last_[place] = lastOfID.try_emplace(messages[place]->id.view(), place).first->second;
   }
@@ -53,42 +51,62 @@ Upsert::Upsert(const MessageList& messages) : messages_(messages), last_(message
   decoder_ = std::make_unique<DecodeAhead>(messages, std::move(places));
 }
 
+template <typename Function>
+void Upsert::forEachWritten(Function function) const {
+  for (std::size_t place = 0; place < last_.size(); ++place) {
+    if (last_[place] == place) {
+      function(place);
+    }
+  }
+}
+
 void Upsert::write(MessageStore::Writing& writing, const SaveProgress& progress) {
   Writer writer(writing);
   // All ids are looked up before the first row is written.
   std::vector<std::optional<std::int64_t>> rows(messages_.size());
-  writer.with([&](MessageWriter& messageWriter) {
-    for (std::size_t place = 0; place < messages_.size(); ++place) {
-      if (last_[place] == place) {
-        rows[place] = messageWriter.existingRow(messages_[place]->id);
-      }
-    }
-  });
+  const bool isFirst = writer.with([](MessageWriter& messageWriter) { return messageWriter.storeIsEmpty(); });
+  if (!isFirst) {
+    forEachWritten([&](std::size_t place) {
+      rows[place] = writer.with(
+          [&](MessageWriter& messageWriter) { return messageWriter.existingRow(messages_[place]->id); });
+    });
+  }
+  // The contents are nearly all of the work, so the progress counts them.
   std::size_t saved = 0;
-  while (const auto decoded = decoder_->next()) {
-    std::shared_ptr<const EmailMessage> message = messages_[decoded->index];
-    if (const auto category = earlierCategories_.find(decoded->index); category != earlierCategories_.end()) {
+  for (auto batch = decoder_->next(); !batch.empty(); batch = decoder_->next()) {
+    for (const auto& decoded : batch) {
+      written_[decoded.index] =
+          writer.with([&](MessageWriter& messageWriter) { return messageWriter.writeContents(decoded); });
+    }
+    saved += batch.size();
+    if (progress) {
+      progress(saved);
+    }
+  }
+  if (isFirst) {
+    writer.with([](MessageWriter& messageWriter) { messageWriter.dropIndexes(); });
+  }
+  forEachWritten([&](std::size_t place) {
+    std::shared_ptr<const EmailMessage> message = messages_[place];
+    if (const auto category = earlierCategories_.find(place); category != earlierCategories_.end()) {
       auto copy = std::make_shared<EmailMessage>(*message);
       copy->category = category->second;
       message = std::move(copy);
     }
-    const auto& row = rows[decoded->index];
-    written_[decoded->index] = writer.with([&](MessageWriter& messageWriter) {
-      return row ? messageWriter.update(*row, *message, *decoded) : messageWriter.insert(*message, *decoded);
+    writer.with([&](MessageWriter& messageWriter) {
+      messageWriter.writeMessage(rows[place], *message, written_[place]);
     });
-    if (++saved % progressStep == 0 && progress) {
-      progress(saved);
-    }
-  }
-  writer.with([](MessageWriter& messageWriter) { messageWriter.removeObsolete(); });
+  });
+  writer.with([](MessageWriter& messageWriter) { messageWriter.finish(); });
   if (progress) {
     progress(messages_.size());
   }
 }
 
 void Upsert::refer(MessageList& messages, const std::shared_ptr<MessageStore>& store) const {
+  StoredContents storedContents(store);
   const auto contentAt = [&](const ContentPlace& place) {
-    return storedContent(store, place.number, place.size);
+    return storedContents.content(place.number, place.size);
   };
   for (std::size_t place = messages.size(); place-- > 0;) {
     if (last_[place] != place) {

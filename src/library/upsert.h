@@ -29,6 +29,9 @@ class Upsert {
   void refer(MessageList& messages, const std::shared_ptr<MessageStore>& store) const;
 
  private:
+  template <typename Function>
+  void forEachWritten(Function function) const;
+
   const MessageList& messages_;
   std::vector<std::size_t> last_;  // For each place the last place with the same id: its record is written.
   std::unordered_map<std::size_t, Text> earlierCategories_;  // Of a written record without one of its own.

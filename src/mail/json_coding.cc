@@ -204,12 +204,12 @@ EmailMessage emailMessageFromJSON(const json& json) {
 
 std::vector<EmailAddress> decodeAddresses(std::string_view json) {
   std::vector<EmailAddress> addresses;
-  return readAddresses(json, addresses) ? addresses : listOf(parse(json), emailAddressFromJSON);
+  return readAddresses(json, addresses, makeOwnText) ? addresses : listOf(parse(json), emailAddressFromJSON);
 }
 
 std::vector<Text> decodeStrings(std::string_view json) {
   std::vector<Text> strings;
-  return readStrings(json, strings) ? strings : listOf(parse(json), textOf);
+  return readStrings(json, strings, makeOwnText) ? strings : listOf(parse(json), textOf);
 }
 
 }  // namespace tidewrack

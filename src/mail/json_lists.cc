@@ -143,7 +143,7 @@ std::string encodeStrings(const std::vector<Text>& strings) {
   return encodeList(strings, [](std::string& json, const Text& string) { appendString(json, string); });
 }
 
-bool readAddresses(std::string_view json, std::vector<EmailAddress>& addresses) {
+bool readAddresses(std::string_view json, std::vector<EmailAddress>& addresses, const MakeText& makeText) {
   ListReader reader(json);
   addresses.reserve(static_cast<std::size_t>(std::count(json.begin(), json.end(), '{')));
   return reader.readArray([&] {
@@ -156,12 +156,12 @@ bool readAddresses(std::string_view json, std::vector<EmailAddress>& addresses) 
     if ((hasName && !reader.readString(name)) || !reader.skip("}")) {
       return false;
     }
-    addresses.push_back({hasName ? std::optional<Text>(name) : std::nullopt, address});
+    addresses.push_back({hasName ? std::optional<Text>(makeText(name)) : std::nullopt, makeText(address)});
     return true;
   });
 }
 
-bool readStrings(std::string_view json, std::vector<Text>& strings) {
+bool readStrings(std::string_view json, std::vector<Text>& strings, const MakeText& makeText) {
   ListReader reader(json);
   strings.reserve(static_cast<std::size_t>(std::count(json.begin(), json.end(), '"')) / 2);
   return reader.readArray([&] {
@@ -169,7 +169,7 @@ bool readStrings(std::string_view json, std::vector<Text>& strings) {
     if (!reader.readString(string)) {
       return false;
     }
-    strings.emplace_back(string);
+    strings.push_back(makeText(string));
     return true;
   });
 }

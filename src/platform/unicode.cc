@@ -169,7 +169,9 @@ const icu::Collator& caseInsensitiveCollator() {
   const icu::Locale& current = icu::Locale::getDefault();
   if (collator == nullptr || localeName != current.getName()) {
     UErrorCode status = U_ZERO_ERROR;
-    collator.reset(icu::Collator::createInstance(current, status));
+    // The locale of "C" orders by code point, capitals first; what ignores case takes the root order there.
+    const bool isPOSIX = std::string_view(current.getVariant()) == "POSIX";
+    collator.reset(icu::Collator::createInstance(isPOSIX ? icu::Locale::getRoot() : current, status));
     collator->setStrength(icu::Collator::SECONDARY);
     localeName = current.getName();
   }

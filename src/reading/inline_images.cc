@@ -219,12 +219,17 @@ std::string replaceInlineImages(std::string html, const std::vector<InlineImage>
 }
 
 std::string replaceInlineImagesOneByOne(std::string html, const std::vector<InlineImage>& images,
-                                        std::size_t maximumSize) {
+                                        std::size_t maximumSize, std::uint64_t maximumWork) {
   std::string text = html;
+  std::uint64_t work = 0;
   for (const auto& image : images) {
     std::optional<std::string> url;
     const std::string id(image.contentID);
     for (const auto& reference : {"cid:" + id, "cid:<" + id + ">"}) {
+      work += text.size();
+      if (work > maximumWork) {
+        return html;
+      }
       std::vector<std::size_t> places;
       for (auto place = findPart(text, reference, 0); place != notFound;
            place = findPart(text, reference, place + reference.size())) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "mail/records.h"
@@ -24,8 +26,10 @@ std::string replaceInlineImages(std::string html, const std::vector<InlineImage>
                                 std::size_t maximumSize = std::size_t{512} << 20U);
 
 /// The same, done literally: one pass over the whole text for each of the replacements. It serves the rare
-/// texts in which one replacement could bring forth, or destroy, a place of another.
+/// texts in which one replacement could bring forth, or destroy, a place of another. Nobody writes such a
+/// text but to cause work, so one that takes passes over more than `maximumWork` bytes stays as it is.
 std::string replaceInlineImagesOneByOne(std::string html, const std::vector<InlineImage>& images,
-                                        std::size_t maximumSize = std::size_t{512} << 20U);
+                                        std::size_t maximumSize = std::size_t{512} << 20U,
+                                        std::uint64_t maximumWork = std::uint64_t{8} << 30U);
 
 }  // namespace tidewrack

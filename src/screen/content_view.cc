@@ -340,15 +340,16 @@ Task<> ContentView::discover() {
 }
 
 Task<> ContentView::mergeIntoMessages(SharedMessageList list) {
-  co_await changeMessages([list](const SharedMessageList& present) { return merge(present, list); });
+  MessagesChange change = [list](const SharedMessageList& present) { return merge(present, list); };
+  co_await changeMessages(std::move(change), nullptr);
 }
 
 Task<> ContentView::replaceMessages(SharedMessageList list, std::function<void()> justBefore) {
-  co_await changeMessages([list](const SharedMessageList& /*present*/) { return list; }, justBefore);
+  MessagesChange change = [list](const SharedMessageList& /*present*/) { return list; };
+  co_await changeMessages(std::move(change), std::move(justBefore));
 }
 
-Task<> ContentView::changeMessages(std::function<SharedMessageList(const SharedMessageList& present)> change,
-                                   std::function<void()> justBefore) {
+Task<> ContentView::changeMessages(MessagesChange change, std::function<void()> justBefore) {
   struct Prepared {
     DerivedInput input;
     DerivedState state;

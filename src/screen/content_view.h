@@ -200,13 +200,14 @@ class ContentView {
   Task<> recomputeInBackground();
   Task<> rebuildSearchIndex();
   Task<> discover();
+  /// Makes the new list from the present one. It runs on a worker, again when the list has changed meanwhile,
+  /// and must not use the screen.
+  using MessagesChange = std::function<SharedMessageList(const SharedMessageList& present)>;
   /// Assigns `messages` once the derived state that belongs to the new list has been worked out in the
-  /// background, so that the assignment itself is quick. `change` makes the new list from the present one; it
-  /// runs on a worker, again when the list has changed meanwhile, and must not use the screen.
-  /// `justBefore` runs on the main thread right before the assignment. Waits until the derived state is
-  /// current.
-  Task<> changeMessages(std::function<SharedMessageList(const SharedMessageList& present)> change,
-                        std::function<void()> justBefore = {});
+  /// background, so that the assignment itself is quick. `justBefore` runs on the main thread right before
+  /// the assignment; it may be null. Waits until the derived state is current. Call it with named functions:
+  /// GCC 12 destroys a closure that is made within a co_await expression twice.
+  Task<> changeMessages(MessagesChange change, std::function<void()> justBefore);
   /// Lets go of something on a worker thread: with many messages that takes a while. Hand over the last
   /// reference.
   template <typename Garbage>

@@ -56,7 +56,7 @@ Task<> ContentView::renameInStoreAndMemory(MBOXLibrary library, Text name) {
     *mine = *theirs;
     libraries.set(std::move(all));
   }
-  co_await changeMessages([id = library.id, name](const SharedMessageList& present) {
+  MessagesChange rename = [id = library.id, name](const SharedMessageList& present) {
     MessageList changed = present;
     for (auto& message : changed) {
       if (message->sourceLibraryID == id && message->sourceLibraryName != name) {
@@ -66,7 +66,8 @@ Task<> ContentView::renameInStoreAndMemory(MBOXLibrary library, Text name) {
       }
     }
     return changed;
-  });
+  };
+  co_await changeMessages(std::move(rename), nullptr);
 }
 
 void ContentView::requestDelete(const MBOXLibrary& library) {
@@ -125,12 +126,13 @@ Task<> ContentView::deleteLibrary(MBOXLibrary library) {
   } catch (const std::exception&) {
     // The library is gone from the catalog and the screen either way.
   }
-  co_await changeMessages([id = library.id](const SharedMessageList& present) {
+  MessagesChange withoutLibrary = [id = library.id](const SharedMessageList& present) {
     MessageList kept;
     std::ranges::copy_if(present, std::back_inserter(kept),
                          [&id](const auto& message) { return message->sourceLibraryID != id; });
     return kept;
-  });
+  };
+  co_await changeMessages(std::move(withoutLibrary), nullptr);
 
   report(DeleteProgressStep::rebuildingIndex);
   try {

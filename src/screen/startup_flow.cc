@@ -72,11 +72,12 @@ Task<> ContentView::loadStoredMail() {
   }
   const bool hasTokens = !index.empty();
 
-  co_await replaceMessages(fetched, [this, &loaded, &index] {
+  std::function<void()> justBefore = [this, &loaded, &index] {
     libraries.set(std::move(loaded));
     // Before the messages, so that their reaction finds an index that needs little more.
     searchIndex.set(std::move(index));
-  });
+  };
+  co_await replaceMessages(fetched, std::move(justBefore));
   if (!messages().empty() && !hasTokens) {
     co_await rewriteStoredTokens();
     refreshSearchIndexInBackground();
@@ -87,7 +88,8 @@ Task<> ContentView::showDemoLibrary() {
   DemoLibrary demo = services_.demoLibrary();
   libraries.set(std::move(demo.libraries));
   sortNewestFirst(demo.messages);
-  co_await replaceMessages(std::move(demo.messages), {});
+  SharedMessageList list = std::move(demo.messages);
+  co_await replaceMessages(std::move(list), nullptr);
   refreshSearchIndexInBackground();
   recomputeDerivedState();
   co_await whenDerivedStateIsCurrent();
@@ -120,7 +122,7 @@ void ContentView::startCategorizationIfNeeded() {
 }
 
 Task<> ContentView::setCategory(Text id, Text category) {
-  co_await changeMessages([id, category](const SharedMessageList& present) {
+  MessagesChange change = [id, category](const SharedMessageList& present) {
     MessageList changed = present;
     const auto found =
         std::ranges::find(changed, id, [](const auto& message) -> const Text& { return message->id; });
@@ -130,7 +132,8 @@ Task<> ContentView::setCategory(Text id, Text category) {
       *found = std::move(message);
     }
     return changed;
-  });
+  };
+  co_await changeMessages(std::move(change), nullptr);
   const auto turn = co_await modelContextLock_.turn(services_.executor);
   auto store = [id, category, context = modelContext_] { updateCategory(id, category, *context); };
   try {

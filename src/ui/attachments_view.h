@@ -1,30 +1,35 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include <gtkmm.h>
 
 #include "platform/observable.h"
 #include "reading/message_detail.h"
+#include "ui/attachment_list.h"
 
 namespace tidewrack::ui {
 
-/// The attachments of a message under its body, folded at first. A row can be saved.
+/// The attachments of a message under its body, folded at first. Each can be saved.
 class AttachmentsView : public Gtk::Box {
  public:
   explicit AttachmentsView(MessageDetail& detail);
 
-  static constexpr int maximumHeight = 190;
+  static constexpr int rowHeight = 52;
+  static constexpr int rowsShown = 4;
 
  private:
+  void makeList();
   void showAttachments();
-  Gtk::Widget* makeRow(const AttachmentRow& row);
-  void save(const AttachmentRow& row);
+  void save(std::size_t index);
 
   MessageDetail& detail_;
   Gtk::Expander expander_;
   Gtk::Label title_;
-  Gtk::ListBox list_;
+  Gtk::ScrolledWindow scroller_;
+  Gtk::ListView list_;
+  Glib::RefPtr<AttachmentListModel> model_;
   Glib::RefPtr<Gtk::FileChooserNative> chooser_;  ///< Kept until it has answered.
   std::vector<Subscription> subscriptions_;
 };

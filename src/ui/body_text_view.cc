@@ -9,7 +9,6 @@
 namespace tidewrack::ui {
 namespace {
 
-constexpr int margin = 18;
 constexpr int minimumSizeSteps = -5;
 constexpr int maximumSizeSteps = 10;
 
@@ -57,7 +56,7 @@ std::string layable(std::string_view piece, std::size_t maximum, std::size_t& li
 
 }  // namespace
 
-BodyTextView::BodyTextView() {
+BodyTextView::BodyTextView(int margin) {
   buffer_ = textView_.get_buffer();
   textView_.set_editable(false);
   textView_.set_cursor_visible(false);

@@ -13,7 +13,8 @@ namespace tidewrack::ui {
 /// bytes is laid out as several. Main thread only.
 class BodyTextView : public Gtk::ScrolledWindow {
  public:
-  BodyTextView();
+  /// `margin`: blank pixels around the text.
+  explicit BodyTextView(int margin = 18);
   ~BodyTextView() override;
   BodyTextView(const BodyTextView&) = delete;
   BodyTextView& operator=(const BodyTextView&) = delete;

@@ -4,6 +4,8 @@
 #include <variant>
 
 #include "platform/localized.h"
+#include "reading/display_text.h"
+#include "ui/body_text_view.h"
 #include "ui/chip_flow_layout.h"
 #include "ui/style.h"
 #include "ui/widgets.h"
@@ -16,6 +18,8 @@ constexpr int rowIconSize = 14;
 constexpr int badgeIconSize = 12;
 constexpr int badgeSpacing = 6;
 constexpr int bodyPickerWidth = 220;
+constexpr int longRowHeight = 96;
+constexpr std::size_t maximumBadges = 100;
 
 constexpr std::array bodyModes = {BodyDisplayMode::text, BodyDisplayMode::html};
 constexpr std::array backgrounds = {HTMLBackgroundPreference::automatic, HTMLBackgroundPreference::light,
@@ -30,16 +34,28 @@ std::size_t indexIn(const Options& options, Value value) {
   return index;
 }
 
+// A row's text: a label, or, for thousands of recipients, a small view of its own that scrolls.
+Gtk::Widget* makeRowText(const std::string& text) {
+  if (text.size() > maximumLineBytes) {
+    auto* view = Gtk::make_managed<BodyTextView>(0);
+    view->set_vexpand(false);
+    view->set_size_request(-1, longRowHeight);
+    view->setText(std::make_shared<const std::string>(text));
+    return view;
+  }
+  auto* label = Gtk::make_managed<WrappedLabel>();
+  label->setText(shortenedLine(text));
+  label->label().add_css_class("detail-row");
+  return label;
+}
+
 Gtk::Widget* makeRow(const DetailHeaderRow& row) {
   auto* line = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 8);
   auto* icon = makeSymbol(row.icon, rowIconSize);
   icon->set_valign(Gtk::Align::START);
   icon->add_css_class("detail-row-icon");
-  auto* label = makeLabel(row.text, {"detail-row"});
-  label->set_selectable(true);
-  label->set_hexpand(true);
   line->append(*icon);
-  line->append(*label);
+  line->append(*makeRowText(row.text));
   return line;
 }
 
@@ -52,11 +68,11 @@ Gtk::Widget* makeBadge(const MessageBadge& badge) {
     pill->add_css_class(colourClass(std::get<RGBColor>(badge.color)));
   }
   pill->append(*makeSymbol(badge.systemImage, badgeIconSize));
-  auto* title = Gtk::make_managed<Gtk::Label>(badge.title);
+  auto* title = Gtk::make_managed<Gtk::Label>(shortenedLine(badge.title));
   title->set_ellipsize(Pango::EllipsizeMode::MIDDLE);
   title->set_max_width_chars(40);
   pill->append(*title);
-  pill->set_tooltip_text(badge.title);
+  pill->set_tooltip_text(shortenedLine(badge.title));
   return pill;
 }
 
@@ -95,12 +111,8 @@ void DetailHeaderView::makeTop() {
   top->append(avatar_);
   auto* lines = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 8);
   lines->set_hexpand(true);
-  subject_.set_xalign(0.0F);
-  subject_.set_wrap(true);
-  subject_.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
-  subject_.set_selectable(true);
-  subject_.add_css_class("detail-subject");
-  setIdentifier(subject_, "messageDetail.subject");
+  subject_.label().add_css_class("detail-subject");
+  setIdentifier(subject_.label(), "messageDetail.subject");
   lines->append(subject_);
   lines->append(rows_);
   top->append(*lines);
@@ -115,6 +127,7 @@ void DetailHeaderView::makePickers() {
   bodyPicker_ = Gtk::make_managed<SegmentedChoice>(
       localized("body_picker_title", "Body", "Body selector title"), modes);
   bodyPicker_->set_size_request(bodyPickerWidth / 2, -1);
+  bodyPicker_->set_hexpand(false);
   setIdentifier(*bodyPicker_, "messageDetail.bodyPicker");
   bodyPicker_->signalChosen().connect(
       [this](std::size_t index) { detail_.setDisplayMode(bodyModes[index]); });
@@ -140,7 +153,7 @@ void DetailHeaderView::makePickers() {
 void DetailHeaderView::showMessage() {
   if (const auto& message = detail_.message()) {
     avatar_.show(message->from);
-    subject_.set_text(message->subject.string());
+    subject_.setText(shortenedLine(message->subject));
     get_vadjustment()->set_value(0);
   }
 }
@@ -154,8 +167,12 @@ void DetailHeaderView::showRows() {
 
 void DetailHeaderView::showBadges() {
   removeChildren(badges_);
-  for (const MessageBadge& badge : detail_.badges()) {
-    badges_.append(*makeBadge(badge));
+  const auto& badges = detail_.badges();
+  for (std::size_t index = 0; index < badges.size() && index < maximumBadges; ++index) {
+    badges_.append(*makeBadge(badges[index]));
+  }
+  if (badges.size() > maximumBadges) {
+    badges_.append(*makeLabel("+" + std::to_string(badges.size() - maximumBadges), {"row-footer"}));
   }
   badges_.set_visible(!detail_.badges().empty());
 }

@@ -8,6 +8,7 @@
 #include "reading/message_detail.h"
 #include "ui/avatar_view.h"
 #include "ui/segmented_choice.h"
+#include "ui/wrapped_label.h"
 
 namespace tidewrack::ui {
 
@@ -31,7 +32,7 @@ class DetailHeaderView : public Gtk::ScrolledWindow {
   MessageDetail& detail_;
   Gtk::Box column_{Gtk::Orientation::VERTICAL, 12};
   AvatarView avatar_;
-  Gtk::Label subject_;
+  WrappedLabel subject_;
   Gtk::Box rows_{Gtk::Orientation::VERTICAL, 4};
   Gtk::Box badges_;
   Gtk::Box pickers_{Gtk::Orientation::HORIZONTAL, 12};

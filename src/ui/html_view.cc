@@ -21,9 +21,9 @@ WebKitSettings* makeSettings() {
       FALSE, "enable-webaudio", FALSE, "enable-fullscreen", FALSE, "allow-file-access-from-file-urls", FALSE,
       "allow-universal-access-from-file-urls", FALSE, "allow-modal-dialogs", FALSE,
       "enable-back-forward-navigation-gestures", FALSE, "enable-dns-prefetching", FALSE,
-      "enable-hyperlink-auditing", FALSE, "enable-developer-extras", FALSE,
-      "media-playback-requires-user-gesture", TRUE, "hardware-acceleration-policy",
-      WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, "default-charset", "UTF-8", nullptr);
+      "enable-developer-extras", FALSE, "media-playback-requires-user-gesture", TRUE,
+      "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, "default-charset", "UTF-8",
+      nullptr);
 }
 
 // Of the context menu only what copies stays.

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/localized.h"
+#include "reading/display_text.h"
 #include "ui/alerts.h"
 #include "ui/main_menu.h"
 #include "ui/status_sheet.h"
@@ -167,7 +168,7 @@ void MainWindow::acceptDrops() {
 }
 
 void MainWindow::showTitle() {
-  const std::string title = screen_.activeTitle();
+  const std::string title = shortenedLine(screen_.activeTitle());
   window_->set_title(title);
   adw_window_title_set_subtitle(listTitle_, (screen_.subtitle() + " · " + title).c_str());
 }

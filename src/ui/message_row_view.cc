@@ -1,5 +1,6 @@
 #include "ui/message_row_view.h"
 
+#include "reading/display_text.h"
 #include "reading/message_row.h"
 #include "ui/widgets.h"
 
@@ -10,6 +11,7 @@ constexpr int lineSpacing = 8;
 constexpr int avatarSize = 36;
 constexpr int snippetLines = 2;
 constexpr int footerIconSize = 12;
+constexpr std::size_t rowBytes = 1000;  // more than any row has room for
 
 void makeOneLine(Gtk::Label& label) {
   label.set_xalign(0.0F);
@@ -66,10 +68,10 @@ void MessageRowView::show(const EmailMessage& message, std::int64_t conversation
   const MessageRow row = makeMessageRow(message, conversationCount);
   setIdentifier(*this, row.identifier);
   avatar_.show(message.from);
-  subject_.set_text(row.subject);
+  subject_.set_text(shortenedLine(row.subject, rowBytes));
   date_.set_text(row.dateText);
-  sender_.set_text(row.sender);
-  snippet_.set_text(row.snippet);
+  sender_.set_text(shortenedLine(row.sender, rowBytes));
+  snippet_.set_text(shortenedLine(row.snippet, rowBytes));
   snippet_.set_visible(!row.snippet.empty());
   attachmentsText_.set_text(row.attachmentsText);
   attachments_.set_visible(!row.attachmentsText.empty());

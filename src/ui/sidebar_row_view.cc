@@ -1,5 +1,6 @@
 #include "ui/sidebar_row_view.h"
 
+#include "reading/display_text.h"
 #include "ui/widgets.h"
 
 namespace tidewrack::ui {
@@ -80,8 +81,9 @@ void SidebarRowView::refresh() {
 void SidebarRowView::showRow(const SidebarRow& row) {
   setIdentifier(*this, row.identifier);
   setSymbol(icon_, row.icon, row.tint);
-  title_.set_text(row.title);
-  title_.set_tooltip_text(row.title);
+  const std::string title = shortenedLine(row.title);
+  title_.set_text(title);
+  title_.set_tooltip_text(title);
   cloud_.set_visible(row.isCloudDerived);
   cloud_.set_tooltip_text(row.help);
   badge_.set_text(Glib::ustring::format(row.badge.count));
