@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "test_sizes.h"
 #include "platform/unicode.h"
+#include "test_sizes.h"
 
 namespace tidewrack {
 namespace {

@@ -161,7 +161,7 @@ TEST(DateParser, EveryTextGivesWhatTheFormatsGive) {
     return random() % 8 == 0 ? number(3000, 0) : std::to_string(1990 + random() % 60);
   };
   int understood = 0;
-    for (int round = 0; round < randomRounds; ++round) {
+  for (int round = 0; round < randomRounds; ++round) {
     std::string text = pick(weekDays) + number(33, 1 + static_cast<int>(random() % 2)) + pick(blanks) +
                        pick(months) + pick(blanks) + year() + pick(blanks) + number(25, 2) + ":" +
                        number(61, 2) + (random() % 4 == 0 ? "" : ":" + number(61, 2)) + pick(blanks) +

@@ -6,10 +6,10 @@
 #include <gtest/gtest.h>
 #include <unicode/regex.h>
 
-#include "test_sizes.h"
 #include "mail/charsets.h"
 #include "mail/transfer_decoding.h"
 #include "platform/unicode.h"
+#include "test_sizes.h"
 
 namespace tidewrack {
 namespace {

@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 #include <unicode/regex.h>
 
-#include "test_sizes.h"
 #include "platform/unicode.h"
+#include "test_sizes.h"
 
 namespace tidewrack {
 namespace {
