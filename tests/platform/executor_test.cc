@@ -43,8 +43,8 @@ TEST_F(MainLoop, RunsBackgroundWorkOnAnotherThreadAndItsResultOnTheMainOne) {
   std::thread::id back;
   bool done = false;
   const auto flow = [&]() -> Task<> {
-    co_await inBackground(executor, TaskPriority::userInitiated,
-                          [&] { worker = std::this_thread::get_id(); });
+    auto work = [&worker] { worker = std::this_thread::get_id(); };
+    co_await inBackground(executor, TaskPriority::userInitiated, work);
     back = std::this_thread::get_id();
     done = true;
   };
@@ -108,7 +108,8 @@ TEST(MainLoopExecutor, WaitsForBegunWorkWhenItGoes) {
 }
 
 Task<int> answer(Executor& executor) {
-  co_return co_await inBackground(executor, TaskPriority::userInitiated, [] { return 42; });
+  auto work = [] { return 42; };
+  co_return co_await inBackground(executor, TaskPriority::userInitiated, work);
 }
 
 Task<int> failing(Executor& executor) {
