@@ -13,7 +13,8 @@ HeadlessScreen::HeadlessScreen() {
       std::make_unique<ContentView>(ContentViewServices{.executor = executor_,
                                                         .settings = settings_,
                                                         .container = makeSharedModelContainer(arguments),
-                                                        .arguments = arguments});
+                                                        .arguments = arguments,
+                                                        .maintainsSearchIndex = false});
   run(screen_->startup());
   run(screen_->whenDerivedStateIsCurrent());
 }

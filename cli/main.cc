@@ -4,6 +4,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
+#include <vector>
 
 #include <unistd.h>
 
@@ -49,12 +51,13 @@ void tidewrack::reportFailure(const std::string& description) {
   std::fprintf(stderr, "tidewrackctl: %s\n", description.c_str());
 }
 
-int main(int argc, char** argv) {
-  std::setlocale(LC_ALL, "");
-  std::signal(SIGPIPE, SIG_IGN);  // NOLINT(cert-err33-c): a closed pipe is met when writing.
+namespace {
+
+/// Does what the command line asks for and gives the exit status.
+int runProgram(const std::vector<std::string>& arguments) {
   Output output(STDOUT_FILENO);
   try {
-    const auto line = parseCommandLine({argv + 1, argv + argc});
+    const auto line = parseCommandLine(arguments);
     const int status = run(line, output);
     output.flush();
     return status;
@@ -73,4 +76,15 @@ int main(int argc, char** argv) {
     reportFailure(failure.what());
     return EXIT_FAILURE;
   }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::setlocale(LC_ALL, "");
+  std::signal(SIGPIPE, SIG_IGN);  // NOLINT(cert-err33-c): a closed pipe is met when writing.
+  const int status = runProgram({argv + 1, argv + argc});
+  // A flow that still waits for background work that was dropped ends with the process.
+  std::fflush(nullptr);
+  std::_Exit(status);
 }
