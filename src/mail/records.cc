@@ -1,6 +1,8 @@
 #include "mail/records.h"
 
 #include <algorithm>
+#include <functional>
+#include <utility>
 
 namespace tidewrack {
 namespace {
@@ -47,9 +49,25 @@ std::string displayForms(const std::vector<EmailAddress>& addresses) {
 }
 
 void sortNewestFirst(MessageList& messages) {
-  std::stable_sort(messages.begin(), messages.end(), [](const auto& a, const auto& b) {
-    return a->date.value_or(distantPast) > b->date.value_or(distantPast);
+  const auto dateOf = [](const auto& message) { return message->date.value_or(distantPast); };
+  if (std::ranges::is_sorted(messages, std::greater<>(), dateOf)) {
+    return;
+  }
+  // The dates are read once, into one place: a comparison that follows two pointers waits for memory.
+  std::vector<std::pair<Date, std::size_t>> order;
+  order.reserve(messages.size());
+  for (const auto& message : messages) {
+    order.emplace_back(dateOf(message), order.size());
+  }
+  std::ranges::sort(order, [](const auto& a, const auto& b) {
+    return a.first != b.first ? a.first > b.first : a.second < b.second;
   });
+  MessageList sorted;
+  sorted.reserve(messages.size());
+  for (const auto& [date, index] : order) {
+    sorted.push_back(std::move(messages[index]));
+  }
+  messages = std::move(sorted);
 }
 
 }  // namespace tidewrack

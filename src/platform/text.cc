@@ -1,24 +1,12 @@
 #include "platform/text.h"
 
-#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace tidewrack {
-
-// The bytes follow the head directly. The size is split in two words to keep the head at 12 bytes.
-struct Text::Block {
-  std::atomic<std::uint32_t> references;
-  std::uint32_t sizeLow;
-  std::uint32_t sizeHigh;
-
-  [[nodiscard]] std::size_t size() const noexcept {
-    return static_cast<std::size_t>(sizeLow) | (static_cast<std::size_t>(sizeHigh) << 32U);
-  }
-  [[nodiscard]] char* bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
-};
 
 Text::Text(std::string_view text) {
   if (text.empty()) {
@@ -33,12 +21,6 @@ Text::Text(std::string_view text) {
   std::memcpy(block_->bytes(), text.data(), text.size());
 }
 
-Text::Text(const Text& other) noexcept : block_(other.block_) {
-  if (block_ != nullptr) {
-    block_->references.fetch_add(1, std::memory_order_relaxed);
-  }
-}
-
 Text& Text::operator=(const Text& other) noexcept {
   Text copy(other);
   std::swap(block_, copy.block_);
@@ -50,15 +32,9 @@ Text& Text::operator=(Text&& other) noexcept {
   return *this;
 }
 
-std::string_view Text::view() const noexcept {
-  return block_ == nullptr ? std::string_view() : std::string_view(block_->bytes(), block_->size());
-}
-
-void Text::release() noexcept {
-  if (block_ != nullptr && block_->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-    block_->~Block();
-    std::free(block_);
-  }
+void Text::free(Block* block) noexcept {
+  block->~Block();
+  std::free(block);
 }
 
 }  // namespace tidewrack

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <compare>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <ostream>
 #include <string>
@@ -18,13 +20,19 @@ class Text {
   Text(std::string_view text);  // NOLINT(google-explicit-constructor): a Text stands wherever text stands.
   Text(const std::string& text) : Text(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
   Text(const char* text) : Text(std::string_view(text)) {}         // NOLINT(google-explicit-constructor)
-  Text(const Text& other) noexcept;
+  Text(const Text& other) noexcept : block_(other.block_) {
+    if (block_ != nullptr) {
+      block_->references.fetch_add(1, std::memory_order_relaxed);
+    }
+  }
   Text(Text&& other) noexcept : block_(other.block_) { other.block_ = nullptr; }
   Text& operator=(const Text& other) noexcept;
   Text& operator=(Text&& other) noexcept;
   ~Text() { release(); }
 
-  [[nodiscard]] std::string_view view() const noexcept;
+  [[nodiscard]] std::string_view view() const noexcept {
+    return block_ == nullptr ? std::string_view() : std::string_view(block_->bytes(), block_->size());
+  }
   [[nodiscard]] std::string string() const { return std::string(view()); }
   [[nodiscard]] bool empty() const noexcept { return block_ == nullptr; }
   /// Number of UTF-8 bytes.
@@ -43,8 +51,23 @@ class Text {
   friend std::ostream& operator<<(std::ostream& out, const Text& text) { return out << text.view(); }
 
  private:
-  struct Block;
-  void release() noexcept;
+  // The bytes follow the head directly. The size is split in two words to keep the head at 12 bytes.
+  struct Block {
+    std::atomic<std::uint32_t> references;
+    std::uint32_t sizeLow;
+    std::uint32_t sizeHigh;
+
+    [[nodiscard]] std::size_t size() const noexcept {
+      return static_cast<std::size_t>(sizeLow) | (static_cast<std::size_t>(sizeHigh) << 32U);
+    }
+    [[nodiscard]] char* bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
+  };
+  static void free(Block* block) noexcept;
+  void release() noexcept {
+    if (block_ != nullptr && block_->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+      free(block_);
+    }
+  }
 
   Block* block_ = nullptr;
 };
