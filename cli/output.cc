@@ -13,7 +13,7 @@
 namespace tidewrack {
 namespace {
 
-constexpr std::size_t bufferSize = 64 * 1024;
+constexpr std::size_t bufferSize = 64UL * 1024;
 constexpr std::string_view gap = "  ";
 
 /// Calls `visit(character, bytes)` for each character of valid UTF-8.

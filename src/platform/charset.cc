@@ -43,7 +43,7 @@ std::optional<std::string> convert(UConverter* converter, std::string_view bytes
   std::string result;
   result.reserve(bytes.size() + bytes.size() / 8);
   std::array<UChar, 2048> units;
-  std::array<char, 3 * 2048> text;
+  std::array<char, 3UL * 2048> text;
   const char* source = bytes.data();
   const char* const sourceEnd = source + bytes.size();
   std::size_t held = 0;  // 1 when the first half of a surrogate pair waits for the second.

@@ -8,7 +8,7 @@
 namespace tidewrack {
 namespace {
 
-constexpr std::size_t chunkSize = 16 * 1024;  // bytes
+constexpr std::size_t chunkSize = 16UL * 1024;  // bytes
 
 template <typename Object>
 struct Unref {

@@ -10,8 +10,9 @@
 
 #include "platform/executor.h"
 
-using GMainContext = struct _GMainContext;
-using GSource = struct _GSource;
+// As GLib declares them.
+using GMainContext = struct _GMainContext;  // NOLINT(bugprone-reserved-identifier)
+using GSource = struct _GSource;            // NOLINT(bugprone-reserved-identifier)
 
 namespace tidewrack {
 

@@ -65,7 +65,7 @@ class Text {
   static void free(Block* block) noexcept;
   void release() noexcept {
     if (block_ != nullptr && block_->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-      free(block_);
+      free(block_);  // NOLINT(clang-analyzer-unix.Malloc): only the last reference comes here.
     }
   }
 

@@ -58,7 +58,7 @@ enum class SpaceHint : std::uint8_t { none, space, maybe };
 namespace detail {
 inline constexpr auto spaceHints = [] {
   std::array<SpaceHint, 256> hints{};
-  for (const int byte : {'\t', '\n', '\v', '\f', '\r', ' '}) {
+  for (const unsigned char byte : {'\t', '\n', '\v', '\f', '\r', ' '}) {
     hints[static_cast<std::size_t>(byte)] = SpaceHint::space;
   }
   for (const int byte : {0xC2, 0xE1, 0xE2, 0xE3}) {

@@ -52,9 +52,9 @@ class References {
     }
     std::stable_sort(entries_.begin(), entries_.end(),
                      [](const Entry& a, const Entry& b) { return a.text < b.text; });
-    const auto [first, last] =
-        std::ranges::unique(entries_, [](const Entry& a, const Entry& b) { return a.text == b.text; });
-    entries_.erase(first, last);
+    const auto last = std::unique(entries_.begin(), entries_.end(),
+                                  [](const Entry& a, const Entry& b) { return a.text == b.text; });
+    entries_.erase(last, entries_.end());
   }
 
   struct Found {
