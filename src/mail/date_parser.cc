@@ -200,7 +200,7 @@ class DateFormats {
   std::optional<Date> parse(std::string_view value) const {
     // No real date comes near this; a header may be as long as a file.
     constexpr std::int32_t longestMatch = 200;
-    constexpr std::size_t lookAhead = 4 * (longestMatch + 50);
+    constexpr std::size_t lookAhead = 4UL * (longestMatch + 50);
     std::size_t size = std::min(value.size(), lookAhead);
     while (size < value.size() && isTrailByte(value[size])) {
       --size;
