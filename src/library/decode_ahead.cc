@@ -30,7 +30,7 @@ std::size_t weightOf(const DecodedContents& decoded) {
   std::size_t bytes = sizeof decoded + (decoded.plainBody ? decoded.plainBody->size() : 0) +
                       (decoded.htmlBody ? decoded.htmlBody->size() : 0);
   for (const auto& attachment : decoded.attachments) {
-    bytes += sizeof attachment + attachment.size();
+    bytes += sizeof attachment + attachment.size();  // NOLINT(bugprone-sizeof-container)
   }
   return bytes;
 }

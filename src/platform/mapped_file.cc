@@ -56,7 +56,8 @@ void handleBusError(int signal, siginfo_t* info, void* context) {
   const auto address = reinterpret_cast<std::uintptr_t>(info->si_addr);
   const bool isFault = info->si_code > 0;  // not sent by somebody
   if (isFault && isGuarded(address)) {
-    auto* const page = reinterpret_cast<void*>(address & ~(pageSize - 1));
+    auto* const page =
+        reinterpret_cast<void*>(address & ~(pageSize - 1));  // NOLINT(performance-no-int-to-ptr)
     if (::mmap(page, pageSize, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED) {
       errno = savedError;
       return;
