@@ -14,7 +14,9 @@ TEST(ShortenedLine, AnOrdinaryLineStays) {
 }
 
 TEST(ShortenedLine, ALongLineEndsAtACharacterWithAnEllipsis) {
-  EXPECT_EQ(shortenedLine(std::string(50'000'000, 'x')), std::string(maximumLineBytes, 'x') + "…");
+  std::string shortened(maximumLineBytes, 'x');
+  shortened += "…";
+  EXPECT_EQ(shortenedLine(std::string(50'000'000, 'x')), shortened);
   EXPECT_EQ(shortenedLine("ñññ", 3), "ñ…");
   EXPECT_EQ(shortenedLine("語語", 5), "語…");
 }
