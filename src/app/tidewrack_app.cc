@@ -33,9 +33,14 @@ std::string_view languageCode(std::string_view appLanguage) {
   return known == languages.end() ? std::string_view() : *known;
 }
 
-TidewrackApp::TidewrackApp(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {
+TidewrackApp::TidewrackApp(std::vector<std::string> arguments)
+    : arguments_(std::move(arguments)), executor_(std::make_unique<MainLoopExecutor>()) {
   settings_.writeFirstLaunchDefaults();
   applyLanguage();
+}
+
+TidewrackApp::~TidewrackApp() {
+  executor_.reset();
 }
 
 void TidewrackApp::applyLanguage() {
@@ -47,7 +52,7 @@ void TidewrackApp::applyLanguage() {
 
 ContentView& TidewrackApp::start() {
   screen_ =
-      std::make_unique<ContentView>(ContentViewServices{.executor = executor_,
+      std::make_unique<ContentView>(ContentViewServices{.executor = *executor_,
                                                         .settings = settings_,
                                                         .container = makeSharedModelContainer(arguments_),
                                                         .arguments = arguments_});

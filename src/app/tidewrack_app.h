@@ -23,6 +23,10 @@ class TidewrackApp {
   /// The steps before anything is shown or said: writes the settings of a first launch and applies the
   /// chosen language. Throws Failure when the settings cannot be used.
   explicit TidewrackApp(std::vector<std::string> arguments);
+  /// Ends the flows first: they use everything else.
+  ~TidewrackApp();
+  TidewrackApp(const TidewrackApp&) = delete;
+  TidewrackApp& operator=(const TidewrackApp&) = delete;
 
   /// The steps of the first instance, before its window: opens the store, makes the screen and logs the
   /// banner. Once. Throws Failure when the store cannot be had.
@@ -37,7 +41,7 @@ class TidewrackApp {
   void applyLanguage();
 
   std::vector<std::string> arguments_;
-  MainLoopExecutor executor_;
+  std::unique_ptr<MainLoopExecutor> executor_;
   Settings settings_;
   UnavailableIntelligenceService intelligence_;
   std::unique_ptr<ContentView> screen_;

@@ -59,6 +59,7 @@ MainLoopExecutor::~MainLoopExecutor() {
   for (auto& thread : threads_) {
     thread.join();
   }
+  *isAlive_ = false;
   for (const auto& [timer, source] : timers_) {
     g_source_destroy(source);
     g_source_unref(source);
@@ -86,7 +87,11 @@ void MainLoopExecutor::post(Work work) {
   // The default priority, not an idle one: an animation that redraws all the time must not hold up results.
   GSource* source = g_idle_source_new();
   g_source_set_priority(source, G_PRIORITY_DEFAULT);
-  attach(source, context_, std::move(work));
+  attach(source, context_, [isAlive = isAlive_, work = std::move(work)] {
+    if (*isAlive) {
+      work();
+    }
+  });
   g_source_unref(source);
 }
 

@@ -4,6 +4,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -19,7 +20,7 @@ namespace tidewrack {
 /// The program's executor: main-thread work on a GLib main context, background work on three threads, two
 /// for what the user waits for and a third, of lower scheduling priority, for the rest, so that an index
 /// being built never stands before an import. Made, used and destroyed on the main thread; destroying it
-/// waits for the background work that has begun and drops what has not.
+/// waits for the background work that has begun and drops what has not, on the main thread too.
 class MainLoopExecutor : public Executor {
  public:
   /// Runs on `context`, or on the default one when null.
@@ -53,6 +54,7 @@ class MainLoopExecutor : public Executor {
   Queue userInitiated_;
   Queue utility_;
   std::vector<std::thread> threads_;
+  std::shared_ptr<bool> isAlive_ = std::make_shared<bool>(true);  ///< For posted work; main thread only.
 };
 
 }  // namespace tidewrack

@@ -64,14 +64,13 @@ AttachmentRowView::AttachmentRowView() : Gtk::Box(Gtk::Orientation::HORIZONTAL, 
   button_->add_css_class("flat");
   button_->signal_clicked().connect([this] { save_.emit(index_); });
   append(*button_);
+  offerTooltip(name_, [this] { return name_.get_text().raw(); });
 }
 
 void AttachmentRowView::show(const AttachmentRow& row) {
   index_ = row.index;
   setSymbol(icon_, row.icon);
-  const std::string name = shortenedLine(row.fileName);
-  name_.set_text(name);
-  name_.set_tooltip_text(name);
+  name_.set_text(shortenedLine(row.fileName));
   size_.set_text(row.sizeText);
   setIdentifier(*button_, "messageDetail.saveAttachment." + std::to_string(row.index));
 }

@@ -4,8 +4,6 @@
 #include <cmath>
 #include <string_view>
 
-#include "ui/widgets.h"
-
 namespace tidewrack::ui {
 namespace {
 
@@ -67,7 +65,6 @@ BodyTextView::BodyTextView(int margin) {
   textView_.set_bottom_margin(margin);
   textView_.set_vexpand(true);
   textView_.add_css_class("body-text");
-  setIdentifier(textView_, "messageDetail.text");
   set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
   set_expand(true);
   set_child(textView_);

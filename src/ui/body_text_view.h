@@ -25,6 +25,7 @@ class BodyTextView : public Gtk::ScrolledWindow {
   void changeSize(int steps);
   void resetSize();
 
+  [[nodiscard]] Gtk::TextView& view() { return textView_; }
   /// How many bytes of the text stand in the view so far.
   [[nodiscard]] std::size_t shownBytes() const { return shown_; }
 

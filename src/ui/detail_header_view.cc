@@ -72,7 +72,7 @@ Gtk::Widget* makeBadge(const MessageBadge& badge) {
   title->set_ellipsize(Pango::EllipsizeMode::MIDDLE);
   title->set_max_width_chars(40);
   pill->append(*title);
-  pill->set_tooltip_text(shortenedLine(badge.title));
+  offerTooltip(*pill, [title] { return title->get_text().raw(); });
   return pill;
 }
 

@@ -28,6 +28,7 @@ MessageDetailView::MessageDetailView(ContentView& screen, IntelligenceService& i
       header_(detail_),
       attachments_(detail_) {
   setIdentifier(page_, "messageDetail.root");
+  setIdentifier(text_.view(), "messageDetail.text");
   page_.append(header_);
   makeNotice();
   page_.append(notice_);

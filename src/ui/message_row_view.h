@@ -5,29 +5,30 @@
 #include <gtkmm.h>
 
 #include "mail/records.h"
-#include "ui/avatar_view.h"
+#include "reading/avatar.h"
+#include "reading/message_row.h"
 
 namespace tidewrack::ui {
 
-/// One row of the message list. Some two hundred live at a time and are given other messages as the list
-/// scrolls, so the widgets are made once and only their texts change.
-class MessageRowView : public Gtk::Box {
+/// One row of the message list. Some two hundred live at a time, most of them out of sight, and are given
+/// other messages as the list scrolls: so a row is a single widget that knows its height without looking at
+/// its texts and lays them out only when it is drawn.
+class MessageRowView : public Gtk::Widget {
  public:
   MessageRowView();
 
   void show(const EmailMessage& message, std::int64_t conversationCount);
 
+ protected:
+  Gtk::SizeRequestMode get_request_mode_vfunc() const override;
+  void measure_vfunc(Gtk::Orientation orientation, int for_size, int& minimum, int& natural,
+                     int& minimum_baseline, int& natural_baseline) const override;
+  void snapshot_vfunc(const Glib::RefPtr<Gtk::Snapshot>& snapshot) override;
+
  private:
-  AvatarView avatar_;
-  Gtk::Label subject_;
-  Gtk::Label date_;
-  Gtk::Label sender_;
-  Gtk::Label snippet_;
-  Gtk::Box footer_{Gtk::Orientation::HORIZONTAL, 12};
-  Gtk::Box attachments_{Gtk::Orientation::HORIZONTAL, 4};
-  Gtk::Label attachmentsText_;
-  Gtk::Box conversation_{Gtk::Orientation::HORIZONTAL, 4};
-  Gtk::Label conversationText_;
+  MessageRow row_;
+  std::string initials_;
+  RGBColor avatarColour_;
 };
 
 }  // namespace tidewrack::ui

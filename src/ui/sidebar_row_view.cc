@@ -9,44 +9,20 @@ namespace {
 constexpr int iconSize = 16;
 constexpr int cloudIconSize = 12;
 
+Gtk::Label* makeLine(std::initializer_list<const char*> styleClasses) {
+  auto* label = Gtk::make_managed<Gtk::Label>();
+  label->set_xalign(0.0F);
+  label->set_ellipsize(Pango::EllipsizeMode::END);
+  for (const char* styleClass : styleClasses) {
+    label->add_css_class(styleClass);
+  }
+  return label;
+}
+
 }  // namespace
 
 SidebarRowView::SidebarRowView() {
   set_hexpand(true);
-  kinds_.set_hexpand(true);
-  kinds_.set_vhomogeneous(false);
-  append(kinds_);
-
-  heading_.set_xalign(0.0F);
-  heading_.set_ellipsize(Pango::EllipsizeMode::END);
-  heading_.add_css_class("sidebar-heading");
-  kinds_.add(heading_);
-
-  icon_.set_pixel_size(iconSize);
-  cloud_.set_pixel_size(cloudIconSize);
-  setSymbol(cloud_, "icloud.fill", "blue");
-  title_.set_xalign(0.0F);
-  title_.set_ellipsize(Pango::EllipsizeMode::END);
-  auto* name = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 6);
-  name->set_hexpand(true);
-  name->append(title_);
-  name->append(cloud_);
-  badge_.add_css_class("count-badge");
-  row_.append(icon_);
-  row_.append(*name);
-  row_.append(badge_);
-  row_.add_css_class("sidebar-row");
-  kinds_.add(row_);
-
-  progressText_.set_xalign(0.0F);
-  progressText_.set_ellipsize(Pango::EllipsizeMode::END);
-  progressText_.add_css_class("row-secondary");
-  progressLine_.append(progressSpinner_);
-  progressLine_.append(progressText_);
-  progress_.append(progressLine_);
-  progress_.append(progressBar_);
-  progress_.add_css_class("sidebar-row");
-  kinds_.add(progress_);
 }
 
 void SidebarRowView::show(const Glib::RefPtr<SidebarItem>& item) {
@@ -62,39 +38,100 @@ void SidebarRowView::forget() {
 }
 
 void SidebarRowView::refresh() {
+  for (auto* child = get_first_child(); child != nullptr; child = child->get_next_sibling()) {
+    child->set_visible(false);
+  }
   switch (item_->kind()) {
     case SidebarItem::Kind::heading:
-      heading_.set_text(item_->title());
-      kinds_.set_visible_child(heading_);
+      showHeading(item_->title());
       return;
     case SidebarItem::Kind::row:
       showRow(item_->row());
-      kinds_.set_visible_child(row_);
       return;
     case SidebarItem::Kind::progress:
       showProgress(item_->progress());
-      kinds_.set_visible_child(progress_);
       return;
   }
 }
 
+void SidebarRowView::makeHeading() {
+  heading_ = makeLine({"sidebar-heading"});
+  append(*heading_);
+}
+
+void SidebarRowView::makeRow() {
+  row_ = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 10);
+  row_->add_css_class("sidebar-row");
+  icon_ = Gtk::make_managed<Gtk::Image>();
+  icon_->set_pixel_size(iconSize);
+  title_ = makeLine({});
+  title_->set_hexpand(true);
+  badge_ = Gtk::make_managed<Gtk::Label>();
+  badge_->add_css_class("count-badge");
+  row_->append(*icon_);
+  row_->append(*title_);
+  row_->append(*badge_);
+  append(*row_);
+  offerTooltip(*title_, [this] { return title_->get_text().raw(); });
+}
+
+void SidebarRowView::makeProgress() {
+  progress_ = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 6);
+  progress_->set_hexpand(true);
+  progress_->add_css_class("sidebar-row");
+  progressSpinner_ = Gtk::make_managed<Gtk::Spinner>();
+  progressText_ = makeLine({"row-secondary"});
+  progressBar_ = Gtk::make_managed<Gtk::ProgressBar>();
+  auto* line = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 8);
+  line->append(*progressSpinner_);
+  line->append(*progressText_);
+  progress_->append(*line);
+  progress_->append(*progressBar_);
+  append(*progress_);
+}
+
+void SidebarRowView::showHeading(const std::string& title) {
+  if (heading_ == nullptr) {
+    makeHeading();
+  }
+  setIdentifier(*this, "sidebar.heading");
+  heading_->set_text(title);
+  heading_->set_visible(true);
+}
+
 void SidebarRowView::showRow(const SidebarRow& row) {
+  if (row_ == nullptr) {
+    makeRow();
+  }
   setIdentifier(*this, row.identifier);
-  setSymbol(icon_, row.icon, row.tint);
-  const std::string title = shortenedLine(row.title);
-  title_.set_text(title);
-  title_.set_tooltip_text(title);
-  cloud_.set_visible(row.isCloudDerived);
-  cloud_.set_tooltip_text(row.help);
-  badge_.set_text(Glib::ustring::format(row.badge.count));
+  setSymbol(*icon_, row.icon, row.tint);
+  title_->set_text(shortenedLine(row.title));
+  if (row.isCloudDerived && cloud_ == nullptr) {
+    cloud_ = makeSymbol("icloud.fill", cloudIconSize, "blue");
+    row_->insert_child_after(*cloud_, *title_);
+    offerTooltip(*cloud_, [this] { return item_ ? item_->row().help : std::string(); });
+  }
+  if (cloud_ != nullptr) {
+    cloud_->set_visible(row.isCloudDerived);
+  }
+  title_->set_hexpand(!row.isCloudDerived);
+  badge_->set_hexpand(row.isCloudDerived);
+  badge_->set_halign(Gtk::Align::END);
+  badge_->set_text(Glib::ustring::format(row.badge.count));
+  row_->set_visible(true);
 }
 
 void SidebarRowView::showProgress(const CategorizingProgressRow& progress) {
-  progressText_.set_text(progress.text);
-  progressSpinner_.set_visible(!progress.fraction);
-  progressSpinner_.set_spinning(!progress.fraction);
-  progressBar_.set_visible(progress.fraction.has_value());
-  progressBar_.set_fraction(progress.fraction.value_or(0.0));
+  if (progress_ == nullptr) {
+    makeProgress();
+  }
+  setIdentifier(*this, "sidebar.progress");
+  progressText_->set_text(progress.text);
+  progressSpinner_->set_visible(!progress.fraction);
+  progressSpinner_->set_spinning(!progress.fraction);
+  progressBar_->set_visible(progress.fraction.has_value());
+  progressBar_->set_fraction(progress.fraction.value_or(0.0));
+  progress_->set_visible(true);
 }
 
 }  // namespace tidewrack::ui

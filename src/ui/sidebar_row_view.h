@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include <gtkmm.h>
 
 #include "ui/sidebar_item.h"
@@ -17,23 +19,26 @@ class SidebarRowView : public Gtk::Box {
 
  private:
   void refresh();
+  void showHeading(const std::string& title);
   void showRow(const SidebarRow& row);
   void showProgress(const CategorizingProgressRow& progress);
+  void makeHeading();
+  void makeRow();
+  void makeProgress();
 
   Glib::RefPtr<SidebarItem> item_;
   sigc::connection changed_;
-  Gtk::Stack kinds_;
-  Gtk::Label heading_;
-  Gtk::Box row_{Gtk::Orientation::HORIZONTAL, 10};
-  Gtk::Image icon_;
-  Gtk::Label title_;
-  Gtk::Image cloud_;
-  Gtk::Label badge_;
-  Gtk::Box progress_{Gtk::Orientation::VERTICAL, 6};
-  Gtk::Box progressLine_{Gtk::Orientation::HORIZONTAL, 8};
-  Gtk::Spinner progressSpinner_;
-  Gtk::Label progressText_;
-  Gtk::ProgressBar progressBar_;
+  // The widgets of each kind, made when a line first needs them; two hundred lines live at a time.
+  Gtk::Label* heading_ = nullptr;
+  Gtk::Box* row_ = nullptr;
+  Gtk::Image* icon_ = nullptr;
+  Gtk::Label* title_ = nullptr;
+  Gtk::Image* cloud_ = nullptr;
+  Gtk::Label* badge_ = nullptr;
+  Gtk::Box* progress_ = nullptr;
+  Gtk::Spinner* progressSpinner_ = nullptr;
+  Gtk::Label* progressText_ = nullptr;
+  Gtk::ProgressBar* progressBar_ = nullptr;
 };
 
 }  // namespace tidewrack::ui

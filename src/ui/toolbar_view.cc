@@ -57,7 +57,10 @@ void ToolbarView::show(const ToolbarItem& item, Slot& slot) {
   setIdentifier(*slot.button, item.identifier);
   setSymbol(*slot.icon, item.icon, item.tint);
   slot.button->set_sensitive(item.isEnabled);
-  slot.button->set_tooltip_text(item.help.empty() ? item.label : item.help);
+  const std::string& tip = item.help.empty() ? item.label : item.help;
+  if (slot.button->get_tooltip_text().raw() != tip) {
+    slot.button->set_tooltip_text(tip);
+  }
   setAccessibleLabel(*slot.button, item.label.empty() ? item.help : item.label);
   slot.badge->set_visible(item.badge.has_value());
   slot.badge->set_text(Glib::ustring::format(item.badge.value_or(0)));

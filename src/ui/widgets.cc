@@ -1,6 +1,7 @@
 #include "ui/widgets.h"
 
 #include <string>
+#include <utility>
 
 #include "reading/icons.h"
 #include "ui/style.h"
@@ -22,6 +23,17 @@ void setIdentifier(Gtk::Widget& widget, std::string_view identifier) {
 void setAccessibleLabel(Gtk::Widget& widget, const std::string& label) {
   gtk_accessible_update_property(GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str(),
                                  -1);
+}
+
+void offerTooltip(Gtk::Widget& widget, std::function<std::string()> text) {
+  widget.set_has_tooltip(true);
+  widget.signal_query_tooltip().connect(
+      [text = std::move(text)](int, int, bool, const Glib::RefPtr<Gtk::Tooltip>& tooltip) {
+        const std::string tip = text();
+        tooltip->set_text(tip);
+        return !tip.empty();
+      },
+      false);
 }
 
 Gtk::Image* makeSymbol(std::string_view symbol, int size, std::string_view tint) {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <memory>
+#include <functional>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,11 @@ void setIdentifier(Gtk::Widget& widget, std::string_view identifier);
 
 /// What assistive technology reads out for a widget that shows no text of its own.
 void setAccessibleLabel(Gtk::Widget& widget, const std::string& label);
+
+/// Shows what `text` gives, when it gives anything, while the pointer rests on the widget. Setting a text
+/// that stays costs a question to the display server for each, which two hundred rows at a time cannot
+/// afford.
+void offerTooltip(Gtk::Widget& widget, std::function<std::string()> text);
 
 /// An image of a platform symbol, `size` pixels wide, in a named colour (empty: the colour of the text).
 Gtk::Image* makeSymbol(std::string_view symbol, int size, std::string_view tint = {});

@@ -92,6 +92,19 @@ TEST_F(MainLoop, ACancelledTimerNeverFires) {
   EXPECT_FALSE(fired);
 }
 
+TEST(MainLoopExecutor, DropsPostedWorkWhenItGoes) {
+  GMainContext* context = g_main_context_new();
+  bool ran = false;
+  {
+    MainLoopExecutor executor(context);
+    executor.post([&] { ran = true; });
+  }
+  while (g_main_context_iteration(context, FALSE) != FALSE) {
+  }
+  EXPECT_FALSE(ran);
+  g_main_context_unref(context);
+}
+
 TEST(MainLoopExecutor, WaitsForBegunWorkWhenItGoes) {
   std::atomic<bool> begun = false;
   std::atomic<bool> ended = false;

@@ -1,0 +1,125 @@
+#include "ui/message_list_model.h"
+
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "ui/message_row_view.h"
+#include "ui/window_fixture.h"
+
+namespace tidewrack::ui {
+namespace {
+
+constexpr int manyMessages = 500'000;
+// GTK keeps some 205 rows and asks for each twice at first; ten times that is still nothing.
+constexpr std::uint64_t fewItems = 2'000;
+
+SharedMessageList makeMessages(int count, const std::string& prefix) {
+  MessageList list;
+  list.reserve(static_cast<std::size_t>(count));
+  for (int number = 0; number < count; ++number) {
+    auto message = std::make_shared<EmailMessage>();
+    message->id = prefix + std::to_string(number);
+    message->subject = "Message " + std::to_string(number);
+    message->conversationID = number < 2 ? Text("pair") : message->id;
+    list.push_back(std::move(message));
+  }
+  return list;
+}
+
+std::shared_ptr<const ConversationCounts> makeCounts() {
+  return std::make_shared<ConversationCounts>(ConversationCounts{{Text("pair"), 2}});
+}
+
+class MessageListModelTest : public WidgetTest {
+ protected:
+  MessageListModelTest() {
+    model_ = MessageListModel::create();
+    selection_ = Gtk::SingleSelection::create(model_);
+    selection_->set_autoselect(false);
+    selection_->set_can_unselect(true);
+    auto factory = Gtk::SignalListItemFactory::create();
+    factory->signal_setup().connect([](const Glib::RefPtr<Gtk::ListItem>& item) {
+      item->set_child(*Gtk::make_managed<MessageRowView>());
+    });
+    factory->signal_bind().connect([](const Glib::RefPtr<Gtk::ListItem>& item) {
+      const auto message = std::dynamic_pointer_cast<MessageListItem>(item->get_item());
+      dynamic_cast<MessageRowView&>(*item->get_child())
+          .show(message->message(), message->conversationCount());
+    });
+    list_.set_model(selection_);
+    list_.set_factory(factory);
+    scroller_.set_child(list_);
+    window_.set_child(scroller_);
+    window_.set_default_size(400, 700);
+    window_.present();
+    runUntil([this] { return window_.get_mapped(); });
+    runPending();
+  }
+
+  Glib::RefPtr<MessageListModel> model_;
+  Glib::RefPtr<Gtk::SingleSelection> selection_;
+  Gtk::ListView list_;
+  Gtk::ScrolledWindow scroller_;
+  Gtk::Window window_;
+};
+
+TEST_F(MessageListModelTest, FiveHundredThousandRowsMakeFewRowObjects) {
+  model_->replace(makeMessages(manyMessages, "m"), makeCounts());
+  runPending();
+  EXPECT_EQ(model_->get_n_items(), static_cast<guint>(manyMessages));
+  EXPECT_GT(model_->itemsMade(), 0U);
+  EXPECT_LT(model_->itemsMade(), fewItems);
+}
+
+TEST_F(MessageListModelTest, ReplacingTheContentWithARowSelectedMakesFewRowObjects) {
+  model_->replace(makeMessages(manyMessages, "m"), makeCounts());
+  runPending();
+  selection_->set_selected(manyMessages / 2);
+  runPending();
+  const auto before = model_->itemsMade();
+  model_->replace(makeMessages(manyMessages, "n"), makeCounts());
+  runPending();
+  EXPECT_LT(model_->itemsMade() - before, fewItems);
+}
+
+TEST_F(MessageListModelTest, AFarScrollMakesFewRowObjects) {
+  model_->replace(makeMessages(manyMessages, "m"), makeCounts());
+  runPending();
+  const auto before = model_->itemsMade();
+  list_.activate_action("list.scroll-to-item", Glib::Variant<guint32>::create(manyMessages - 10));
+  runPending();
+  EXPECT_GT(model_->itemsMade(), before);
+  EXPECT_LT(model_->itemsMade() - before, fewItems);
+}
+
+TEST_F(MessageListModelTest, AMessageIsFoundByItsIdentity) {
+  model_->replace(makeMessages(1000, "m"), makeCounts());
+  EXPECT_EQ(model_->positionOf("m0"), 0U);
+  EXPECT_EQ(model_->positionOf("m999"), 999U);
+  EXPECT_EQ(model_->positionOf("m1000"), std::nullopt);
+  EXPECT_EQ(model_->messageAt(42)->id, "m42");
+}
+
+TEST_F(MessageListModelTest, AConversationMissingFromTheMapCountsAsOne) {
+  model_->replace(makeMessages(3, "m"), makeCounts());
+  const auto item = [this](guint position) {
+    return std::dynamic_pointer_cast<MessageListItem>(model_->get_object(position));
+  };
+  EXPECT_EQ(item(0)->conversationCount(), 2);
+  EXPECT_EQ(item(1)->conversationCount(), 2);
+  EXPECT_EQ(item(2)->conversationCount(), 1);
+  EXPECT_EQ(item(3), nullptr);
+}
+
+TEST_F(MessageListModelTest, AnEmptyListFollowsAFullOne) {
+  model_->replace(makeMessages(100, "m"), makeCounts());
+  runPending();
+  model_->replace(SharedMessageList(), makeCounts());
+  runPending();
+  EXPECT_EQ(model_->get_n_items(), 0U);
+}
+
+}  // namespace
+}  // namespace tidewrack::ui

@@ -1,0 +1,124 @@
+#include "ui/window_fixture.h"
+
+#include <chrono>
+#include <fstream>
+
+#include <adwaita.h>
+
+#include "ui/archive_picker.h"
+#include "ui/style.h"
+
+namespace tidewrack {
+
+bool runUntil(const std::function<bool()>& isDone, int seconds) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+  // Wakes the loop for conditions that no event announces.
+  constexpr unsigned wakeUpMilliseconds = 5;
+  sigc::connection wakeUp = Glib::signal_timeout().connect([] { return true; }, wakeUpMilliseconds);
+  bool done = isDone();
+  while (!done && std::chrono::steady_clock::now() < deadline) {
+    g_main_context_iteration(nullptr, TRUE);
+    done = isDone();
+  }
+  wakeUp.disconnect();
+  return done;
+}
+
+void runPending() {
+  while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+  }
+}
+
+Gtk::Application& testApplication() {
+  static const auto application = [] {
+    auto created =
+        Gtk::Application::create("io.marloon.Tidewrack.Tests", Gio::Application::Flags::NON_UNIQUE);
+    adw_init();
+    created->register_application();
+    g_object_set(gtk_settings_get_default(), "gtk-enable-animations", FALSE, nullptr);
+    ui::installStyle();
+    return created;
+  }();
+  return *application;
+}
+
+Gtk::Widget* findWidget(GtkWidget* root, const std::string& name) {
+  if (gtk_widget_get_child_visible(root) == FALSE || gtk_widget_get_visible(root) == FALSE) {
+    return nullptr;
+  }
+  if (name == gtk_widget_get_name(root)) {
+    return Glib::wrap(root);
+  }
+  for (GtkWidget* child = gtk_widget_get_first_child(root); child != nullptr;
+       child = gtk_widget_get_next_sibling(child)) {
+    if (auto* found = findWidget(child, name)) {
+      return found;
+    }
+  }
+  return nullptr;
+}
+
+std::string archivedMessage(const std::string& headers, const std::string& body) {
+  return "From sender@example.org Thu Jan  1 00:00:00 2026\n" + headers + "\n" + body + "\n\n";
+}
+
+WindowTest::WindowTest() : settings_((testApplication(), folder_ / "settings.ini")) {}
+
+WindowTest::~WindowTest() {
+  close();
+}
+
+void WindowTest::open() {
+  executor_ = std::make_unique<MainLoopExecutor>();
+  screen_ = std::make_unique<ContentView>(
+      ContentViewServices{.executor = *executor_,
+                          .settings = settings_,
+                          .container = ModelContainer::open(folder_ / "default.store"),
+                          .applicationFolder = folder_.path(),
+                          .arguments = {"tidewrack"}});
+  window_ = std::make_unique<ui::MainWindow>(testApplication(), *screen_, intelligence_);
+  window_->present();
+  screen_->startup();
+  ASSERT_TRUE(runUntil([this] { return !screen_->isImporting(); }));
+  runPending();
+}
+
+void WindowTest::close() {
+  window_.reset();
+  executor_.reset();
+  screen_.reset();
+  runPending();
+}
+
+std::filesystem::path WindowTest::archive(const std::string& name, const std::string& bytes) const {
+  const std::filesystem::path file = folder_ / name;
+  std::ofstream(file, std::ios::binary) << bytes;
+  return file;
+}
+
+void WindowTest::import(const std::filesystem::path& file) {
+  ui::openFiles({Gio::File::create_for_path(file.string())}, *screen_);
+  ASSERT_TRUE(runUntil([this] {
+    const auto& status = screen_->importStatus();
+    return !screen_->isImporting() && status && status->showsDismissButton();
+  }));
+  runPending();
+}
+
+Gtk::Widget* WindowTest::find(const std::string& name) {
+  return findWidget(GTK_WIDGET(window_->window().gobj()), name);
+}
+
+GtkWindow* WindowTest::alert() {
+  GtkWindow* found = nullptr;
+  GList* windows = gtk_window_list_toplevels();
+  for (GList* node = windows; node != nullptr; node = node->next) {
+    if (ADW_IS_MESSAGE_DIALOG(node->data) && gtk_widget_get_visible(GTK_WIDGET(node->data)) != FALSE) {
+      found = GTK_WINDOW(node->data);
+    }
+  }
+  g_list_free(windows);
+  return found;
+}
+
+}  // namespace tidewrack
