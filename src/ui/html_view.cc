@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 #include <utility>
 
 #include "reading/link_policy.h"
@@ -11,9 +12,27 @@
 namespace tidewrack::ui {
 namespace {
 
+// Features of the engine that a mail has no use for and that no property turns off. With the first one, the
+// engine connects to where a clicked link leads before it asks whether to go there, past the content filter.
+void disableFeatures(WebKitSettings* settings) {
+  static constexpr std::array<std::string_view, 8> unwanted = {"LinkPreconnect",  "LinkPreconnectEarlyHints",
+                                                               "LinkDNSPrefetch", "LinkPrefetch",
+                                                               "ServiceWorkers",  "SharedWorker",
+                                                               "WebTransport",    "Notifications"};
+  WebKitFeatureList* features = webkit_settings_get_all_features();
+  for (gsize index = 0; index < webkit_feature_list_get_length(features); ++index) {
+    WebKitFeature* feature = webkit_feature_list_get(features, index);
+    if (std::find(unwanted.begin(), unwanted.end(), webkit_feature_get_identifier(feature)) !=
+        unwanted.end()) {
+      webkit_settings_set_feature_enabled(settings, feature, FALSE);
+    }
+  }
+  webkit_feature_list_unref(features);
+}
+
 WebKitSettings* makeSettings() {
   // Scripts of the mail run: they have no network to talk to but the open one, and no storage.
-  return webkit_settings_new_with_settings(
+  WebKitSettings* settings = webkit_settings_new_with_settings(
       "enable-javascript", TRUE, "javascript-can-open-windows-automatically", FALSE,
       "javascript-can-access-clipboard", FALSE, "enable-html5-database", FALSE, "enable-html5-local-storage",
       FALSE, "enable-page-cache", FALSE, "enable-media", FALSE, "enable-mediasource", FALSE,
@@ -24,6 +43,8 @@ WebKitSettings* makeSettings() {
       "enable-developer-extras", FALSE, "media-playback-requires-user-gesture", TRUE,
       "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, "default-charset", "UTF-8",
       nullptr);
+  disableFeatures(settings);
+  return settings;
 }
 
 // Of the context menu only what copies stays.

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <gio/gio.h>
+#include <webkit/webkit.h>
+
+namespace tidewrack {
+
+/// What a script in the page gives, as text; "error: " and its reason when it fails.
+std::string evaluate(WebKitWebView* view, const std::string& script);
+
+/// Runs the body of an asynchronous function in the page and waits for the promise that it awaits.
+std::string evaluateAsynchronously(WebKitWebView* view, const std::string& functionBody);
+
+/// Gives what the page has started the time to reach a server of this computer.
+void letPageSettle(WebKitWebView* view);
+
+/// A server on the loopback that counts who comes.
+class CountingServer {
+ public:
+  /// From the head of a request to the whole answer; an empty answer closes the connection.
+  using Answer = std::function<std::string(const std::string& request)>;
+
+  explicit CountingServer(Answer answer = {});
+  ~CountingServer();
+  CountingServer(const CountingServer&) = delete;
+  CountingServer& operator=(const CountingServer&) = delete;
+
+  [[nodiscard]] std::string host() const { return "127.0.0.1:" + std::to_string(port_); }
+  [[nodiscard]] std::string address() const { return "http://" + host(); }
+  [[nodiscard]] int port() const { return port_; }
+  /// Connections, whether or not a request came through them.
+  [[nodiscard]] int visits() const { return visits_; }
+  /// The first lines of the requests.
+  [[nodiscard]] const std::vector<std::string>& requests() const { return requests_; }
+
+ private:
+  struct Visit;
+  void receive(GSocketConnection* connection);
+  static void received(GObject* source, GAsyncResult* result, gpointer data);
+
+  GSocketService* service_;
+  GCancellable* cancellable_;
+  Answer answer_;
+  int port_ = 0;
+  int visits_ = 0;
+  std::vector<std::string> requests_;
+};
+
+}  // namespace tidewrack
