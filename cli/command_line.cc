@@ -27,9 +27,11 @@ constexpr std::array commands = {CommandDefinition{"parse", Command::parse, 1, a
                                  CommandDefinition{"import", Command::import, 1, anyNumber},
                                  CommandDefinition{"libraries", Command::libraries, 0, 0},
                                  CommandDefinition{"messages", Command::messages, 0, 0},
+                                 CommandDefinition{"classify", Command::classify, 0, anyNumber},
                                  CommandDefinition{"show", Command::show, 1, 1},
                                  CommandDefinition{"rename", Command::rename, 2, 2},
-                                 CommandDefinition{"delete", Command::deleteLibrary, 1, 1}};
+                                 CommandDefinition{"delete", Command::deleteLibrary, 1, 1},
+                                 CommandDefinition{"tokenize", Command::tokenize, 1, 1}};
 
 UsageFailure unknownOption(const std::string& option) {
   return UsageFailure(formatText(
@@ -66,8 +68,11 @@ class Reader {
       setOnce(result_.form, Form::digest, Form::columns);
     } else if (name == "--json" && equals == std::string::npos && listsMessages) {
       setOnce(result_.form, Form::json, Form::columns);
-    } else if (name == "--library" && listsMessages) {
-      result_.libraryID = value(argument, equals);
+    } else if (name == "--count" && equals == std::string::npos && listsMessages) {
+      setOnce(result_.form, Form::count, Form::columns);
+    } else if (const auto* selector = listsMessages ? findSelectorOption(name) : nullptr;
+               selector && (selector->takesValue || equals == std::string::npos)) {
+      selector->enter(result_.selectors, selector->takesValue ? value(argument, equals) : std::string());
     } else if (name == "--text" && equals == std::string::npos && command == Command::show) {
       setOnce(result_.part, Part::text, Part::overview);
     } else if (name == "--html" && equals == std::string::npos && command == Command::show) {
@@ -152,14 +157,35 @@ Commands:
                                  without storing anything
   import FILE...                 make a library of each mail archive and print it as "libraries" does
   libraries                      list the libraries: id, name, messages, import time, stored file
-  messages [--library ID] [--json | --digest]
+  messages [SELECTOR...] [--json | --digest | --count]
                                  list the messages, newest first: id, date, sender, subject;
-                                 or one JSON object a line
+                                 or one JSON object a line; or only their number
+  classify [FILE...]             count mailboxes, tabs and labels, of mail archives or else of all
+                                 stored messages, as one JSON object
   show ID [--text | --html | --attachments FOLDER]
                                  show a message, only its text or HTML body, or save its
                                  attachments into a folder
   rename ID NAME                 give a library a new name
   delete ID                      delete a library with its messages
+  tokenize TEXT                  print the words under which a text is found, one a line
+
+Selectors (a message is listed when it passes all that are given):
+  --library ID                   the messages of one library
+  --mailbox NAME                 inbox, starred, important, sent, drafts, scheduled, archived, spam
+                                 or trash, or a name that mail providers have for one of them
+  --gmail-category NAME          personal, updates, promotions, social or forums, likewise
+  --label PATH                   a label of the user's own, and all below it: Work or Work/Done
+  --category NAME                a category of the on-device model
+  --search TEXT                  every word of the text is in the message
+  --subject TEXT, --from TEXT    the text is in the subject or the sender, without regard to case
+  --body TEXT                    the text is in the plain text or in the HTML source
+  --since DATE, --until DATE     2026-05-14 or 2026-05-14T10:00:00Z, both inclusive, in UTC;
+                                 messages without a date pass
+  --attachments any|with|without
+  --attachment-type TEXT         with "--attachments with": in a file name or MIME type
+  --in-conversations             messages that belong to a conversation
+  --html-only                    messages with an HTML body
+  --size any|small|medium|large  bytes of all attachments: below 10 KB, up to 100 KB, above
 
 Options:
   --digest                       print size and SHA-256 of attachments in place of their bytes

@@ -1,27 +1,40 @@
 #pragma once
 
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "cli/message_selectors.h"
 
 namespace tidewrack {
 
 /// What the user asked of tidewrackctl.
 struct CommandLine {
-  enum class Command { help, version, parse, import, libraries, messages, show, rename, deleteLibrary };
+  enum class Command {
+    help,
+    version,
+    parse,
+    import,
+    libraries,
+    messages,
+    classify,
+    show,
+    rename,
+    deleteLibrary,
+    tokenize
+  };
   /// How messages are printed: columns, or one JSON object a line with the attachments' bytes or their
-  /// digest.
-  enum class Form { columns, json, digest };
+  /// digest, or nothing but their number.
+  enum class Form { columns, json, digest, count };
   /// What of a message is shown.
   enum class Part { overview, text, html, attachments };
 
   Command command = Command::help;
-  std::vector<std::string> operands;  ///< Files, or the id and the name.
+  std::vector<std::string> operands;  ///< Files, or the id and the name, or a text.
   Form form = Form::columns;
   Part part = Part::overview;
-  std::optional<std::string> libraryID;  ///< Only the messages of this library.
-  std::string attachmentsFolder;         ///< Set with Part::attachments.
+  MessageSelectors selectors;     ///< Of the commands that work on a choice of messages.
+  std::string attachmentsFolder;  ///< Set with Part::attachments.
 };
 
 /// The arguments do not make sense; `what()` says why, in the user's language.

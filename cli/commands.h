@@ -12,9 +12,11 @@ int parseArchives(const CommandLine& line, Output& output);
 int importArchives(const CommandLine& line, Output& output);
 int listLibraries(Output& output);
 int listMessages(const CommandLine& line, Output& output);
+int classifyMessages(const CommandLine& line, Output& output);
 int showMessage(const CommandLine& line, Output& output);
 int renameLibrary(const CommandLine& line);
 int deleteLibrary(const CommandLine& line);
+int tokenizeText(const CommandLine& line, Output& output);
 
 /// A sentence on standard error, behind the program's name.
 void reportFailure(const std::string& description);

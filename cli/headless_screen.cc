@@ -7,16 +7,17 @@
 
 namespace tidewrack {
 
-HeadlessScreen::HeadlessScreen() {
+HeadlessScreen::HeadlessScreen(Search search) {
   const std::vector<std::string> arguments = {"tidewrackctl"};
   screen_ =
       std::make_unique<ContentView>(ContentViewServices{.executor = executor_,
                                                         .settings = settings_,
                                                         .container = makeSharedModelContainer(arguments),
                                                         .arguments = arguments,
-                                                        .maintainsSearchIndex = false});
+                                                        .maintainsSearchIndex = search == Search::with});
   run(screen_->startup());
   run(screen_->whenDerivedStateIsCurrent());
+  executor_.runUntil([this] { return !screen_->isIndexing(); });
 }
 
 const MBOXLibrary& HeadlessScreen::library(const std::string& id) const {

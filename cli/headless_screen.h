@@ -14,9 +14,13 @@ namespace tidewrack {
 /// and settings, found the same way. One in a process.
 class HeadlessScreen {
  public:
+  /// Whether the search index is at hand. A command that neither searches nor changes the list of messages
+  /// spares itself loading it.
+  enum class Search { without, with };
+
   /// Opens the store and loads what it holds, as the window does when it appears. Throws Failure, for
   /// example when the window has the store open.
-  HeadlessScreen();
+  explicit HeadlessScreen(Search search = Search::without);
 
   [[nodiscard]] ContentView& screen() { return *screen_; }
   /// The library with this id. Throws Failure when there is none.

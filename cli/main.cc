@@ -35,12 +35,16 @@ int run(const CommandLine& line, Output& output) {
       return listLibraries(output);
     case Command::messages:
       return listMessages(line, output);
+    case Command::classify:
+      return classifyMessages(line, output);
     case Command::show:
       return showMessage(line, output);
     case Command::rename:
       return renameLibrary(line);
     case Command::deleteLibrary:
       return deleteLibrary(line);
+    case Command::tokenize:
+      return tokenizeText(line, output);
   }
   return wrongUsage;
 }

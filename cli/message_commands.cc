@@ -17,20 +17,21 @@ void writeText(const std::string& text, Output& output) {
 }  // namespace
 
 int listMessages(const CommandLine& line, Output& output) {
-  HeadlessScreen headless;
-  auto& screen = headless.screen();
-  if (line.libraryID) {
-    screen.sidebarSelection.set(SidebarSelection::library(headless.library(*line.libraryID).id));
-    headless.run(screen.whenDerivedStateIsCurrent());
+  HeadlessScreen headless(needsSearch(line.selectors) ? HeadlessScreen::Search::with
+                                                      : HeadlessScreen::Search::without);
+  const MessageList messages = selectMessages(headless, line.selectors);
+  if (line.form == Form::count) {
+    output.write(std::to_string(messages.size()) + '\n');
+    return 0;
   }
   if (line.form != Form::columns) {
-    for (const auto& message : screen.cachedFilteredMessages()) {
+    for (const auto& message : messages) {
       output.write(messageLine(*message, line.form));
     }
     return 0;
   }
   std::vector<std::vector<std::string>> rows;
-  for (const auto& message : screen.cachedFilteredMessages()) {
+  for (const auto& message : messages) {
     rows.push_back({message->id.string(), dateText(message->date), displayForm(message->from),
                     message->subject.string()});
   }

@@ -148,6 +148,8 @@ class ContentView {
   Task<> whenDerivedStateIsCurrent();
   /// Brings the in-memory index in line with `messages`. Runs that overlap become one.
   void refreshSearchIndexInBackground();
+  /// Whether a refresh of the in-memory index is under way.
+  [[nodiscard]] bool isIndexing() const { return isIndexing_; }
   /// Looks for libraries that only the stored messages know. Runs that overlap become one.
   void refreshDiscoveredLibraries();
   /// Makes `list`, which is sorted newest first, the loaded messages. Goes through the background like

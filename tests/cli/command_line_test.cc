@@ -16,6 +16,9 @@ TEST(CommandLineTest, readsEveryCommand) {
   EXPECT_EQ(parseCommandLine({"import", "a.mbox"}).command, Command::import);
   EXPECT_EQ(parseCommandLine({"libraries"}).command, Command::libraries);
   EXPECT_EQ(parseCommandLine({"messages"}).command, Command::messages);
+  EXPECT_EQ(parseCommandLine({"classify"}).command, Command::classify);
+  EXPECT_EQ(parseCommandLine({"classify", "a.mbox", "b.mbox"}).operands.size(), 2U);
+  EXPECT_EQ(parseCommandLine({"tokenize", "some text"}).command, Command::tokenize);
   EXPECT_EQ(parseCommandLine({"show", "id"}).command, Command::show);
   EXPECT_EQ(parseCommandLine({"rename", "id", "new name"}).command, Command::rename);
   EXPECT_EQ(parseCommandLine({"delete", "id"}).command, Command::deleteLibrary);
@@ -31,8 +34,8 @@ TEST(CommandLineTest, helpWinsOverEverythingBeforeTheEndOfOptions) {
 TEST(CommandLineTest, readsOptionsInAnyPlaceAndInBothForms) {
   const auto line = parseCommandLine({"messages", "--digest", "--library", "ID"});
   EXPECT_EQ(line.form, Form::digest);
-  EXPECT_EQ(line.libraryID, "ID");
-  EXPECT_EQ(parseCommandLine({"messages", "--library=ID", "--json"}).libraryID, "ID");
+  EXPECT_EQ(line.selectors.libraryID, "ID");
+  EXPECT_EQ(parseCommandLine({"messages", "--library=ID", "--json"}).selectors.libraryID, "ID");
   EXPECT_EQ(parseCommandLine({"parse", "file", "--digest"}).form, Form::digest);
   EXPECT_EQ(parseCommandLine({"show", "id", "--text"}).part, Part::text);
   EXPECT_EQ(parseCommandLine({"show", "--html", "id"}).part, Part::html);
@@ -63,6 +66,20 @@ TEST(CommandLineTest, refusesWrongUsage) {
       {"messages", "--library"},
       {"messages", "--library="},
       {"messages", "--json", "--digest"},
+      {"messages", "--json", "--count"},
+      {"messages", "--mailbox", "Work"},
+      {"messages", "--gmail-category", "inbox"},
+      {"messages", "--since", "yesterday"},
+      {"messages", "--until", "2026-02-30"},
+      {"messages", "--attachments", "some"},
+      {"messages", "--size", "huge"},
+      {"messages", "--html-only=yes"},
+      {"messages", "--in-conversations=1"},
+      {"messages", "--search"},
+      {"show", "id", "--search", "word"},
+      {"classify", "--mailbox", "inbox"},
+      {"tokenize"},
+      {"tokenize", "two", "texts"},
       {"parse", "--json", "file"},
       {"parse", "--digest=yes", "file"},
       {"show", "id", "--text", "--html"},
