@@ -1,26 +1,126 @@
-#include <nlohmann/json.hpp>
-
 #include "export/exporters.h"
-#include "mail/json_coding.h"
+#include "export/json_writer.h"
+#include "platform/log.h"
+#include "platform/unicode.h"
 
 namespace tidewrack {
+namespace {
 
-/// One message at a time through the common coding, set two blanks deep in the list.
+// Texts and bodies are valid UTF-8 by their making; a store that has been damaged may hold anything.
+void writeText(JSONWriter& json, std::string_view text) {
+  if (!isValidUTF8(text)) {
+    Logger::of("Export").error("Error al codificar JSON: %s", {std::string("no UTF-8")});
+    throw ExportUtility::ExportError(ExportUtility::ExportError::Kind::encodingFailed);
+  }
+  json.string(text);
+}
+
+void write(JSONWriter& json, const Text& text) {
+  writeText(json, text.view());
+}
+
+void write(JSONWriter& json, const EmailAddress& address) {
+  json.beginObject();
+  json.key("address");
+  write(json, address.address);
+  if (address.name) {
+    json.key("name");
+    write(json, *address.name);
+  }
+  json.endObject();
+}
+
+void write(JSONWriter& json, const EmailAttachment& attachment) {
+  json.beginObject();
+  if (attachment.contentID) {
+    json.key("contentID");
+    write(json, *attachment.contentID);
+  }
+  json.key("data");
+  json.base64(attachment.data.bytes());
+  json.key("fileName");
+  write(json, attachment.fileName);
+  json.key("id");
+  json.string(attachment.id.string());
+  json.key("isInline");
+  json.boolean(attachment.isInline);
+  json.key("mimeType");
+  write(json, attachment.mimeType);
+  json.endObject();
+}
+
+template <typename Element>
+void writeList(JSONWriter& json, std::string_view key, const std::vector<Element>& list) {
+  json.key(key);
+  json.beginList();
+  for (const auto& element : list) {
+    json.element();
+    write(json, element);
+  }
+  json.endList();
+}
+
+void writeOptional(JSONWriter& json, std::string_view key, const std::optional<Text>& text) {
+  if (text) {
+    json.key(key);
+    write(json, *text);
+  }
+}
+
+void writeOptional(JSONWriter& json, std::string_view key, const std::optional<Content>& body) {
+  if (body) {
+    json.key(key);
+    writeText(json, body->bytes());
+  }
+}
+
+// The keys in ascending order.
+void write(JSONWriter& json, const EmailMessage& message) {
+  json.beginObject();
+  writeList(json, "attachments", message.attachments);
+  writeOptional(json, "category", message.category);
+  writeList(json, "cc", message.cc);
+  json.key("conversationID");
+  write(json, message.conversationID);
+  if (message.date) {
+    json.key("date");
+    json.string(formatISO8601(*message.date));
+  }
+  json.key("from");
+  write(json, message.from);
+  writeOptional(json, "htmlBody", message.htmlBody);
+  json.key("id");
+  write(json, message.id);
+  writeOptional(json, "inReplyTo", message.inReplyTo);
+  writeList(json, "labels", message.labels);
+  writeOptional(json, "plainBody", message.plainBody);
+  writeList(json, "references", message.references);
+  json.key("snippet");
+  write(json, message.snippet);
+  json.key("sourceLibraryID");
+  write(json, message.sourceLibraryID);
+  json.key("sourceLibraryName");
+  write(json, message.sourceLibraryName);
+  json.key("subject");
+  write(json, message.subject);
+  writeList(json, "to", message.to);
+  json.endObject();
+}
+
+}  // namespace
+
+/// One message at a time, in the form that mail/json_coding reads: the values need no tree of their own.
 void exportJSON(const ExportRun& run) {
-  run.sink("[");
+  JSONWriter json(run.sink);
+  json.beginList();
   std::size_t done = 0;
   for (const auto& message : run.messages) {
-    std::string text = done == 0 ? "\n  " : ",\n  ";
-    for (const char character : toJSON(*message).dump(2)) {
-      text += character;
-      if (character == '\n') {
-        text += "  ";
-      }
-    }
-    run.sink(text);
+    json.element();
+    write(json, *message);
     run.finished(++done);
   }
-  run.sink("\n]");
+  json.endList();
+  json.flush();
 }
 
 }  // namespace tidewrack

@@ -4,11 +4,21 @@
 namespace tidewrack {
 namespace {
 
+/// Where the next line feed stands that ends a line. The one of a CRLF pair ends none here, so that a body
+/// with such line ends is one line.
+std::size_t lineEnd(std::string_view body) {
+  auto end = body.find('\n');
+  while (end != std::string_view::npos && end > 0 && body[end - 1] == '\r') {
+    end = body.find('\n', end + 1);
+  }
+  return end;
+}
+
 /// The lines of a body without its empty ones; a line that would end the message is quoted.
 void appendBody(std::string& text, std::string_view body) {
   bool isFirst = true;
   while (!body.empty()) {
-    const auto end = body.find('\n');
+    const auto end = lineEnd(body);
     const auto line = body.substr(0, end);
     body.remove_prefix(end == std::string_view::npos ? body.size() : end + 1);
     if (line.empty()) {

@@ -14,6 +14,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/atomic_file.h"
+#include "platform/descriptor.h"
 #include "platform/failure.h"
 #include "platform/localized.h"
 
@@ -21,29 +23,6 @@ namespace tidewrack {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// An open file, closed when it goes.
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() {
-    if (number_ >= 0) {
-      ::close(number_);
-    }
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  [[nodiscard]] int number() const { return number_; }
-  /// Closes now, so that a failure of the close is seen (network file systems report a full disk here).
-  [[nodiscard]] bool close() {
-    const int number = std::exchange(number_, -1);
-    return ::close(number) == 0;
-  }
-
- private:
-  int number_;
-};
 
 /// Removes a half-made file unless it is kept.
 class Unfinished {
@@ -73,32 +52,10 @@ FileFailure readFailure(const fs::path& path, int error) {
                                 {quotedName(path), std::string(g_strerror(error))}));
 }
 
-FileFailure writeFailure(const fs::path& path, int error) {
-  return FileFailure(formatText(localized("file_error_write", "“%@” could not be written: %@.",
-                                          "File failure: name of the file, the system's reason"),
-                                {quotedName(path), std::string(g_strerror(error))}));
-}
-
 FileFailure copyFailure(const fs::path& path, int error) {
   return FileFailure(formatText(localized("file_error_copy", "“%@” could not be copied: %@.",
                                           "File failure: name of the file, the system's reason"),
                                 {quotedName(path), std::string(g_strerror(error))}));
-}
-
-// Writes all bytes; the error number, or 0.
-int writeAll(int descriptor, const char* bytes, std::size_t count) {
-  while (count > 0) {
-    const ssize_t written = ::write(descriptor, bytes, count);
-    if (written < 0) {
-      if (errno == EINTR) {
-        continue;
-      }
-      return errno;
-    }
-    bytes += written;
-    count -= static_cast<std::size_t>(written);
-  }
-  return 0;
 }
 
 // The ways of copying, the fastest first. Each copies up to `count` bytes from where the files stand and
@@ -172,6 +129,12 @@ fs::path applicationFolder(const char* base) {
 
 }  // namespace
 
+FileFailure writeFailure(const fs::path& path, int error) {
+  return FileFailure(formatText(localized("file_error_write", "“%@” could not be written: %@.",
+                                          "File failure: name of the file, the system's reason"),
+                                {quotedName(path), std::string(g_strerror(error))}));
+}
+
 // The data directory is shared by all programs, and a bare "default.store" in it could be anybody's:
 // everything lies in a folder of our own.
 fs::path applicationSupportFolder() {
@@ -238,20 +201,9 @@ std::string readFile(const fs::path& path) {
 }
 
 void writeFileAtomically(const fs::path& path, std::string_view bytes) {
-  std::string temporary = path.string() + ".XXXXXX";
-  Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));  // Made with mode 0600.
-  if (file.number() < 0) {
-    throw writeFailure(path, errno);
-  }
-  Unfinished unfinished(temporary);
-  if (const int error = writeAll(file.number(), bytes.data(), bytes.size()); error != 0) {
-    throw writeFailure(path, error);
-  }
-  if (::fsync(file.number()) != 0 || !file.close() || ::rename(temporary.c_str(), path.c_str()) != 0) {
-    throw writeFailure(path, errno);
-  }
-  unfinished.keep();
-  syncFolder(path.parent_path());
+  AtomicFile file(path);
+  file.write(bytes);
+  file.commit();
 }
 
 void copyFile(const fs::path& source, const fs::path& destination) {

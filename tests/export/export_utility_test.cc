@@ -1,7 +1,8 @@
 #include "export/export_utility.h"
 
+#include <cstdio>
 #include <cstdlib>
-#include <ctime>
+#include <fstream>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -9,6 +10,8 @@
 #include <unicode/timezone.h>
 
 #include "mail/json_coding.h"
+#include "mail/mbox_importer.h"
+#include "support/temporary_folder.h"
 
 namespace tidewrack {
 namespace {
@@ -181,6 +184,141 @@ TEST_F(ExportTest, BlankLinesVanishFromMboxBodiesAndFromLinesAreQuoted) {
   auto message = bareMessage();
   message.plainBody = Content::ofBytes("a\n\nFrom b");
   EXPECT_TRUE(exported({message}, Format::mbox).ends_with("\n\na\n>From b\n\n"));
+}
+
+TEST_F(ExportTest, ABodyWithCarriageReturnsIsOneLineInMbox) {
+  auto message = bareMessage();
+  message.plainBody = Content::ofBytes("a\r\n\r\nFrom b\r\n");
+  EXPECT_TRUE(exported({message}, Format::mbox).ends_with("\n\na\r\n\r\nFrom b\r\n\n\n"));
+  message.plainBody = Content::ofBytes("From a\r\nFrom b\n\nFrom c");
+  EXPECT_TRUE(exported({message}, Format::mbox).ends_with("\n\n>From a\r\nFrom b\n>From c\n\n"));
+}
+
+TEST_F(ExportTest, AMessageWithNoRecipientsStillHasItsLine) {
+  EXPECT_NE(exported({bareMessage()}, Format::txt).find("\nPara: \n"), std::string::npos);
+  EXPECT_NE(exported({bareMessage()}, Format::mbox).find("\nTo: \n"), std::string::npos);
+  EXPECT_NE(exported({bareMessage()}, Format::csv).find(",bob@example.org,,,"), std::string::npos);
+}
+
+TEST_F(ExportTest, AMessageWithNoDateHasTheExportsTimeInMboxAndNoneElsewhere) {
+  EXPECT_EQ(exported({bareMessage()}, Format::txt).find("Fecha"), std::string::npos);
+  EXPECT_EQ(exported({bareMessage()}, Format::html).find("Fecha"), std::string::npos);
+  EXPECT_NE(exported({bareMessage()}, Format::csv).find(",,,0,"), std::string::npos);
+  EXPECT_TRUE(
+      exported({bareMessage()}, Format::mbox).starts_with("From bob@example.org Fri Nov 20 08:05:09 2026\n"));
+}
+
+TEST_F(ExportTest, AnEmptyDisplayNameIsNoName) {
+  auto message = bareMessage();
+  message.from.name = Text();
+  EXPECT_NE(exported({message}, Format::txt).find("De: bob@example.org\n"), std::string::npos);
+  message.from.name = Text("Last, First");
+  EXPECT_NE(exported({message}, Format::mbox).find("From: Last, First <bob@example.org>\n"),
+            std::string::npos);
+}
+
+// Texts that are hard on any format.
+EmailMessage hostileMessage() {
+  EmailMessage message = fullMessage();
+  std::string controls;
+  for (char control = 0; control < 0x20; ++control) {
+    controls += control;
+  }
+  message.id = "id,\"quoted\"@example.org";
+  message.subject = "line one\nline \"two\", and\r\nthree";
+  message.from = {Text("Doe, \"J\" \\ \x7f"), "=cmd|' /C calc'!A0"};
+  message.to.clear();
+  message.labels = {"a;b", "c,d", "", "ünïcode 📧"};
+  message.sourceLibraryName = Text(",,\"\"\n");
+  message.plainBody = Content::ofBytes(controls + "\u2028</script>\U0001F4E7");
+  message.htmlBody = Content::ofBytes("");
+  message.category = Text("Work & \"Life\"");
+  message.inReplyTo = Text("<x>");
+  message.references = {"1", "2"};
+  message.attachments[0].contentID = Text("cid");
+  message.attachments[0].data = Content::ofBytes(std::string(200'000, '\xFE'));
+  message.attachments.push_back(message.attachments[0]);
+  message.attachments[1].data = Content();
+  return message;
+}
+
+TEST_F(ExportTest, JsonOfHostileTextsIsWhatTheCommonCodingGives) {
+  const std::vector<EmailMessage> messages = {hostileMessage(), bareMessage(), fullMessage(),
+                                              hostileMessage()};
+  auto expected = nlohmann::json::array();
+  for (const auto& message : messages) {
+    expected.push_back(toJSON(message));
+  }
+  const auto text = exported(messages, Format::json);
+  EXPECT_TRUE(text == expected.dump(2));
+  EXPECT_EQ(emailMessageFromJSON(nlohmann::json::parse(text)[3]), hostileMessage());
+}
+
+TEST_F(ExportTest, JsonOfADamagedStoreFailsToEncode) {
+  auto message = bareMessage();
+  message.plainBody = Content::ofBytes("\xC3");
+  try {
+    exported({message}, Format::json);
+    FAIL();
+  } catch (const ExportUtility::ExportError& error) {
+    EXPECT_EQ(error.kind(), ExportUtility::ExportError::Kind::encodingFailed);
+    EXPECT_STREQ(error.what(), "Error al codificar los datos");
+  }
+}
+
+// Runs a Python program over a file and gives what it prints.
+std::string python(const std::string& program, const std::filesystem::path& file) {
+  const std::string command = "python3 -c '" + program + "' '" + file.string() + "'";
+  FILE* pipe = ::popen(command.c_str(), "r");
+  std::string output;
+  char buffer[4096];
+  while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) {
+    output.append(buffer, got);
+  }
+  return ::pclose(pipe) == 0 ? output : "python3 failed: " + output;
+}
+
+TEST_F(ExportTest, ACsvReaderGetsHostileFieldsBack) {
+  const TemporaryFolder folder;
+  std::ofstream(folder / "export.csv", std::ios::binary)
+      << exported({hostileMessage(), fullMessage(), bareMessage()}, Format::csv);
+  const auto rows = nlohmann::json::parse(
+      python("import csv, json, sys\n"
+             "print(json.dumps(list(csv.reader(open(sys.argv[1], newline=\"\", encoding=\"utf-8\")))))",
+             folder / "export.csv"));
+  ASSERT_EQ(rows.size(), 4U);
+  EXPECT_EQ(rows[0], nlohmann::json({"ID", "Asunto", "De", "Para", "CC", "Fecha", "Etiquetas", "Adjuntos",
+                                     "Biblioteca"}));
+  EXPECT_EQ(rows[1],
+            nlohmann::json({"id,\"quoted\"@example.org", "line one\nline \"two\", and\r\nthree",
+                            "Doe, \"J\" \\ \x7f <=cmd|' /C calc'!A0>", "", "dan@example.org",
+                            "6/17/2026, 4:45:00" NNBSP "PM", "a;b; c,d; ; ünïcode 📧", "2", ",,\"\"\n"}));
+  EXPECT_EQ(rows[2][1], "Q2 <review>");
+  EXPECT_EQ(rows[3],
+            nlohmann::json({"b2@example.org", "(No Subject)", "bob@example.org", "", "", "", "", "0", ""}));
+}
+
+TEST_F(ExportTest, AnMboxExportIsReadBackByTheImporter) {
+  const TemporaryFolder folder;
+  auto quoted = bareMessage();
+  quoted.id = "c3@example.org";
+  quoted.date = june17();
+  quoted.plainBody = Content::ofBytes("One\n\nFrom two\nthree");
+  std::ofstream(folder / "export.mbox", std::ios::binary)
+      << exported({fullMessage(), bareMessage(), quoted}, Format::mbox);
+  MessageList read;
+  MBOXImporter::forEachMessage(folder / "export.mbox", "LIB", "Back",
+                               [&](const auto& message) { read.push_back(message); });
+  ASSERT_EQ(read.size(), 3U);
+  EXPECT_EQ(read[0]->id, "a1@example.org");
+  EXPECT_EQ(read[0]->subject, "Q2 <review>");
+  EXPECT_EQ(read[0]->from, fullMessage().from);
+  EXPECT_EQ(read[0]->to, fullMessage().to);
+  EXPECT_EQ(read[0]->cc, fullMessage().cc);
+  EXPECT_EQ(read[0]->labels, fullMessage().labels);
+  EXPECT_TRUE(read[0]->attachments.empty());
+  EXPECT_EQ(read[1]->plainBody->bytes(), "Only a snippet");
+  EXPECT_EQ(read[2]->plainBody->bytes(), "One\n>From two\nthree");
 }
 
 TEST_F(ExportTest, JsonReadsBackToTheSameMessages) {
