@@ -30,6 +30,13 @@ class Writer {
   std::optional<MessageWriter> writer_;
 };
 
+// A record that may be changed: the given one where nobody else holds it (records are never made const, only
+// handed round as such), otherwise a copy.
+std::shared_ptr<EmailMessage> ownRecord(std::shared_ptr<const EmailMessage> message) {
+  return message.use_count() == 1 ? std::const_pointer_cast<EmailMessage>(std::move(message))
+                                  : std::make_shared<EmailMessage>(*message);
+}
+
 }  // namespace
 
 Upsert::Upsert(const MessageList& messages) : messages_(messages), last_(messages.size()) {
@@ -114,7 +121,7 @@ void Upsert::refer(MessageList& messages, const std::shared_ptr<MessageStore>& s
       continue;
     }
     const WrittenContents& contents = written_[place];
-    auto stored = std::make_shared<EmailMessage>(*messages[place]);
+    auto stored = ownRecord(std::move(messages[place]));
     if (contents.plainBody) {
       stored->plainBody = contentAt(*contents.plainBody);
     }

@@ -119,10 +119,9 @@ Task<> ContentView::saveMessages(ImportRun& run) {
   report(run, ImportProgressStep::savingMessages);
   {
     const auto turn = co_await modelContextLock_.turn(services_.executor);
-    // The parsed list dies on the worker, and the mapped archives with it.
+    // The parsed records become the stored ones, and let the mapped archives go.
     auto save = [parsed = std::move(run.parsed), context = modelContext_]() mutable {
-      const MessageList list = std::move(parsed);
-      return tidewrack::saveMessages(list, *context);
+      return tidewrack::saveMessages(std::move(parsed), *context);
     };
     run.stored = co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(save));
   }
