@@ -21,6 +21,8 @@ class HTMLLoadMemory {
                                             bool invertContent);
   /// Forgets the last load, for a view that has lost its page.
   void forget();
+  /// Whether nothing has been given out, or all of it forgotten.
+  [[nodiscard]] bool isEmpty() const { return !lastLoadedHTML_; }
 
  private:
   SharedHTML lastLoadedHTML_;

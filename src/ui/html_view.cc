@@ -70,6 +70,12 @@ HTMLView::HTMLView() {
   cancellable_ = g_cancellable_new();
   makeView();
   refuseEverythingElse();
+  watch_ = std::make_unique<PageWatch>(view_, [this] {
+    terminateQuietly();
+    if (!memory_.isEmpty()) {
+      giveUp();
+    }
+  });
   attachContentFilter(webkit_web_view_get_user_content_manager(view_), cancellable_, [this](bool succeeded) {
     filter_ = succeeded ? FilterState::attached : FilterState::failed;
     if (waitingDocument_.empty()) {
@@ -83,6 +89,7 @@ HTMLView::HTMLView() {
 HTMLView::~HTMLView() {
   g_cancellable_cancel(cancellable_);
   g_object_unref(cancellable_);
+  watch_.reset();
   g_signal_handlers_disconnect_by_data(view_, this);
   g_object_unref(view_);
 }
@@ -119,19 +126,23 @@ void HTMLView::makeView() {
   g_signal_connect(view_, "load-changed",
                    G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
                      if (event == WEBKIT_LOAD_FINISHED) {
-                       static_cast<HTMLView*>(self)->loaded_.emit();
+                       static_cast<HTMLView*>(self)->loadEnded();
                      }
                    }),
                    this);
   g_signal_connect(view_, "web-process-terminated",
                    G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason, gpointer self) {
-                     static_cast<HTMLView*>(self)->giveUp();
+                     auto* html = static_cast<HTMLView*>(self);
+                     if (!html->isTerminating_) {
+                       html->watch_->stop();
+                       html->giveUp();
+                     }
                    }),
                    this);
   g_signal_connect(view_, "notify::is-web-process-responsive",
-                   G_CALLBACK(+[](WebKitWebView* view, GParamSpec*, gpointer) {
+                   G_CALLBACK(+[](WebKitWebView* view, GParamSpec*, gpointer self) {
                      if (webkit_web_view_get_is_web_process_responsive(view) == FALSE) {
-                       webkit_web_view_terminate_web_process(view);  // a page that loops for ever
+                       static_cast<HTMLView*>(self)->watch_->ask();
                      }
                    }),
                    this);
@@ -156,7 +167,16 @@ void HTMLView::refuseEverythingElse() {
       G_CALLBACK(+[](WebKitWebView*, WebKitNavigationAction*, gpointer) -> GtkWidget* { return nullptr; }),
       this);
   const auto refuse = +[](WebKitWebView*, gpointer, gpointer) -> gboolean { return TRUE; };
-  g_signal_connect(view_, "script-dialog", G_CALLBACK(refuse), this);
+  g_signal_connect(
+      view_, "script-dialog",
+      G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog* dialog, gpointer) -> gboolean {
+        // Whether the page may be left; otherwise a mail could keep the next one away.
+        if (webkit_script_dialog_get_dialog_type(dialog) == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
+          webkit_script_dialog_confirm_set_confirmed(dialog, TRUE);
+        }
+        return TRUE;
+      }),
+      this);
   g_signal_connect(view_, "print", G_CALLBACK(refuse), this);
   g_signal_connect(view_, "show-notification", G_CALLBACK(refuse), this);
   g_signal_connect(view_, "run-file-chooser",
@@ -187,9 +207,15 @@ void HTMLView::update(const SharedHTML& html, HTMLAppearance appearance, bool in
 }
 
 void HTMLView::clear() {
-  memory_.forget();
   waitingDocument_.clear();
-  webkit_web_view_load_plain_text(view_, "");
+  if (memory_.isEmpty()) {
+    return;
+  }
+  memory_.forget();
+  if (filter_ == FilterState::attached) {
+    webkit_web_view_load_plain_text(view_, "");
+    watch_->start(patience_);
+  }
 }
 
 void HTMLView::load(const std::string& document) {
@@ -203,10 +229,28 @@ void HTMLView::load(const std::string& document) {
     case FilterState::attached:
       break;
   }
+  if (watch_->isHeldUp()) {
+    terminateQuietly();  // This page does not wait for the one before.
+  }
   // As bytes: a text would end at the first zero byte. Without a base every relative address leads nowhere.
   GBytes* bytes = g_bytes_new(document.data(), document.size());
   webkit_web_view_load_bytes(view_, bytes, "text/html", "UTF-8", nullptr);
   g_bytes_unref(bytes);
+  watch_->start(patience_ + patiencePerMegabyte * static_cast<long>(document.size() >> 20U));
+}
+
+void HTMLView::loadEnded() {
+  watch_->loadEnded();
+  if (!memory_.isEmpty()) {
+    loaded_.emit();
+  }
+}
+
+void HTMLView::terminateQuietly() {
+  watch_->stop();
+  isTerminating_ = true;
+  webkit_web_view_terminate_web_process(view_);
+  isTerminating_ = false;
 }
 
 void HTMLView::giveUp() {
@@ -220,16 +264,27 @@ void HTMLView::applyAppearance(HTMLAppearance appearance) {
   webkit_web_view_set_background_color(view_, &colour);
 }
 
+// What the engine cannot show would become a download.
+bool HTMLView::decideResponse(WebKitPolicyDecision* decision) {
+  if (webkit_response_policy_decision_is_mime_type_supported(WEBKIT_RESPONSE_POLICY_DECISION(decision)) ==
+      FALSE) {
+    webkit_policy_decision_ignore(decision);
+    return true;
+  }
+  webkit_policy_decision_use(decision);
+  return true;
+}
+
 bool HTMLView::decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type) {
   if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
-    return false;
+    return decideResponse(decision);
   }
   WebKitNavigationAction* action =
       webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
   const char* uri = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
   const std::string url = uri != nullptr ? uri : "";
-  const bool isLink =
-      webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
+  const auto kind = webkit_navigation_action_get_navigation_type(action);
+  const bool isLink = kind == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
   if (isLink && !url.empty()) {
     if (webkit_navigation_action_is_user_gesture(action) != FALSE && mayOpenOutside(url)) {
       openLink_.emit(url);
@@ -237,8 +292,10 @@ bool HTMLView::decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecision
     webkit_policy_decision_ignore(decision);
     return true;
   }
-  // Mail opens no windows, and goes nowhere that its pictures may not come from.
-  if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION || (!url.empty() && !mayLoad(url))) {
+  // Mail opens no windows, and goes nowhere that its pictures may not come from. What lies behind it in the
+  // history are other messages.
+  const bool isHistory = kind == WEBKIT_NAVIGATION_TYPE_BACK_FORWARD || kind == WEBKIT_NAVIGATION_TYPE_RELOAD;
+  if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION || isHistory || (!url.empty() && !mayLoad(url))) {
     webkit_policy_decision_ignore(decision);
     return true;
   }

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <chrono>
+#include <memory>
 #include <string>
 
 #include <gtkmm.h>
 #include <webkit/webkit.h>
 
 #include "reading/html_load_memory.h"
+#include "ui/page_watch.h"
 
 namespace tidewrack::ui {
 
@@ -23,7 +26,7 @@ class HTMLView : public Gtk::Box {
   /// Shows `html` (not null) in this appearance. Loads only when one of the three differs from the last
   /// call, so that a redraw of the surroundings keeps the page and its scroll position.
   void update(const SharedHTML& html, HTMLAppearance appearance, bool invertContent);
-  /// Empties the view.
+  /// Empties the view, so that nothing of the page runs on behind other messages.
   void clear();
 
   /// Steps of the zoom, between the two limits.
@@ -39,6 +42,9 @@ class HTMLView : public Gtk::Box {
   /// The page is loaded.
   sigc::signal<void()>& signalLoaded() { return loaded_; }
 
+  /// For how long a small page may be busy before it counts as hanging.
+  void setPatience(std::chrono::milliseconds patience) { patience_ = patience; }
+
   [[nodiscard]] WebKitWebView* webView() const { return view_; }
 
   static constexpr double minimumZoom = 0.5;
@@ -51,12 +57,21 @@ class HTMLView : public Gtk::Box {
   void applyAppearance(HTMLAppearance appearance);
   void load(const std::string& document);
   void giveUp();
+  void loadEnded();
+  void terminateQuietly();
+  static bool decideResponse(WebKitPolicyDecision* decision);
   bool decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
   void setZoom(double zoom);
 
   enum class FilterState { pending, attached, failed };
 
+  static constexpr std::chrono::milliseconds usualPatience{10'000};
+  static constexpr std::chrono::milliseconds patiencePerMegabyte{1000};
+
   WebKitWebView* view_ = nullptr;
+  std::unique_ptr<PageWatch> watch_;
+  std::chrono::milliseconds patience_ = usualPatience;
+  bool isTerminating_ = false;  ///< The process ends because the view wants it.
   GCancellable* cancellable_ = nullptr;
   FilterState filter_ = FilterState::pending;
   std::string waitingDocument_;  ///< What is to be loaded once the filter is attached.

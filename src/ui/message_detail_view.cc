@@ -119,6 +119,9 @@ void MessageDetailView::showBody() {
     text_.setText(nullptr);
     return;
   }
+  if (html_ != nullptr) {
+    html_->clear();
+  }
   if (body.text) {
     text_.setText(body.text);
     bodies_.set_visible_child(text_);

@@ -1,15 +1,11 @@
 // What a mail tries in order to reach the services of this computer.
 
-#include <memory>
 #include <ostream>
 #include <string>
 
-#include <gtkmm.h>
 #include <webkit/webkit.h>
 
-#include "ui/html_view.h"
 #include "ui/page_support.h"
-#include "ui/window_fixture.h"
 
 namespace tidewrack {
 namespace {
@@ -102,38 +98,14 @@ std::string pageOf(const Way& way, const CountingServer& server) {
   return replaced(replaced(page, "@AT", server.address()), "@HOST", server.host());
 }
 
-/// A window with nothing but a page.
-class PageTest : public WidgetTest {
- protected:
-  ~PageTest() override { window_.unset_child(); }
-
-  void present(Gtk::Widget& widget) {
-    window_.set_default_size(600, 400);
-    window_.set_child(widget);
-    window_.present();
-  }
-  void show(ui::HTMLView& view, const std::string& html) {
-    bool isLoaded = false;
-    const sigc::connection connection = view.signalLoaded().connect([&] { isLoaded = true; });
-    view.update(std::make_shared<const std::string>(html), HTMLAppearance::light, false);
-    ASSERT_TRUE(runUntil([&] { return isLoaded; }));
-    sigc::connection(connection).disconnect();
-  }
-
-  Gtk::Window window_;
-};
-
 class HostileMail : public PageTest, public testing::WithParamInterface<Way> {};
 
 TEST_P(HostileMail, ReachesNoServiceOfThisComputer) {
   const CountingServer server;
-  ui::HTMLView view;
-  present(view);
-  show(view, pageOf(GetParam(), server));
-  letPageSettle(view.webView());
+  show(pageOf(GetParam(), server));
+  letPageSettle(page());
   EXPECT_EQ(server.visits(), 0) << testing::PrintToString(server.requests());
-  EXPECT_EQ(evaluate(view.webView(), "document.getElementById('text').textContent"), "text");
-  window_.unset_child();
+  EXPECT_EQ(evaluated("document.getElementById('text').textContent"), "text");
 }
 
 // The ways lead to a server indeed where nothing stands between.
@@ -142,9 +114,9 @@ TEST_P(HostileMail, ReachesAServerOfThisComputerFromAnUnprotectedPage) {
     GTEST_SKIP() << "closed by the engine itself";
   }
   const CountingServer server;
-  GtkWidget* view = webkit_web_view_new();
-  present(*Glib::wrap(view));
-  webkit_web_view_load_html(WEBKIT_WEB_VIEW(view), pageOf(GetParam(), server).c_str(), nullptr);
+  GtkWidget* unprotected = webkit_web_view_new();
+  present(*Glib::wrap(unprotected));
+  webkit_web_view_load_html(WEBKIT_WEB_VIEW(unprotected), pageOf(GetParam(), server).c_str(), nullptr);
   EXPECT_TRUE(runUntil([&] { return server.visits() > 0; }, 20));
 }
 

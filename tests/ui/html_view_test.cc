@@ -1,5 +1,6 @@
 #include "ui/html_view.h"
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,11 @@ class HTMLViewTest : public WindowTest {
     ASSERT_TRUE(runUntil([this] { return isLoaded(); }));
   }
   WebKitWebView* view() { return window_->detail().htmlView()->webView(); }
+  // Whether the line stands over the body that says why it is text.
+  bool showsNotice() {
+    auto* notice = find<Gtk::Revealer>("messageDetail.notice");
+    return notice != nullptr && notice->get_reveal_child();
+  }
   bool isLoaded() {
     return find("messageDetail.html") != nullptr && webkit_web_view_is_loading(view()) == FALSE &&
            webkit_web_view_get_estimated_load_progress(view()) == 1.0;
@@ -108,12 +114,50 @@ TEST_F(HTMLViewTest, APageWhoseProcessDiesGivesWayToTheText) {
   show("<p>The text of the page</p>");
   webkit_web_view_terminate_web_process(view());
   ASSERT_TRUE(runUntil([&] { return find("messageDetail.text") != nullptr; }));
-  EXPECT_NE(find("messageDetail.notice"), nullptr);
+  EXPECT_TRUE(showsNotice());
   EXPECT_EQ(window_->detail().detail().displayMode(), BodyDisplayMode::text);
   // The page can be asked for again.
   window_->detail().detail().setDisplayMode(BodyDisplayMode::html);
   EXPECT_TRUE(runUntil([&] { return isLoaded(); }));
   EXPECT_EQ(evaluate(view(), "document.body.textContent.trim()"), "The text of the page");
+}
+
+TEST_F(HTMLViewTest, APageThatLoopsForEverGivesWayToTheText) {
+  open();
+  import(archive("loop.mbox", htmlMessage("loop@example.org",
+                                          "<p>The text of the loop</p><script>while (true) {}</script>") +
+                                  htmlMessage("good@example.org", "<p id=a>The good page</p>")));
+  screen_->selectedMessageID.set(Text("good@example.org"));
+  ASSERT_TRUE(runUntil([this] { return window_->detail().htmlView() != nullptr && isLoaded(); }));
+  window_->detail().htmlView()->setPatience(std::chrono::milliseconds(1500));
+  screen_->selectedMessageID.set(Text("loop@example.org"));
+  ASSERT_TRUE(runUntil([&] { return find("messageDetail.text") != nullptr; }));
+  EXPECT_TRUE(showsNotice());
+  EXPECT_EQ(find<Gtk::TextView>("messageDetail.text")->get_buffer()->get_text(), "The text of the loop");
+  // The next message is a page again, without the line.
+  screen_->selectedMessageID.set(Text("good@example.org"));
+  ASSERT_TRUE(runUntil([&] { return find("messageDetail.html") != nullptr; }));
+  EXPECT_TRUE(
+      runUntil([&] { return evaluate(view(), "document.body?.textContent.trim()") == "The good page"; }));
+  EXPECT_FALSE(showsNotice());
+}
+
+TEST_F(HTMLViewTest, AMessageDoesNotWaitForThePageBeforeItThatLoops) {
+  open();
+  import(archive("loop.mbox", htmlMessage("loop@example.org", "<p id=l>loop</p>") +
+                                  htmlMessage("good@example.org", "<p id=a>The good page</p>")));
+  screen_->selectedMessageID.set(Text("loop@example.org"));
+  ASSERT_TRUE(runUntil([this] { return window_->detail().htmlView() != nullptr && isLoaded(); }));
+  webkit_web_view_evaluate_javascript(view(), "while (true) {}", -1, nullptr, nullptr, nullptr, nullptr,
+                                      nullptr);
+  // For longer than the pause between two questions to the page, and the time one may stay open.
+  const auto begin = std::chrono::steady_clock::now();
+  runUntil([&] { return std::chrono::steady_clock::now() - begin > std::chrono::milliseconds(2500); });
+  screen_->selectedMessageID.set(Text("good@example.org"));
+  EXPECT_TRUE(
+      runUntil([&] { return evaluate(view(), "document.body?.textContent.trim()") == "The good page"; }, 5));
+  EXPECT_FALSE(showsNotice());
+  EXPECT_EQ(window_->detail().detail().displayMode(), BodyDisplayMode::html);
 }
 
 TEST_F(HTMLViewTest, TheLastOfManySelectedMessagesIsShown) {

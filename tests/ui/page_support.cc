@@ -3,8 +3,6 @@
 #include <array>
 #include <memory>
 
-#include "ui/window_fixture.h"
-
 namespace tidewrack {
 namespace {
 
@@ -113,6 +111,39 @@ void CountingServer::received(GObject* source, GAsyncResult* result, gpointer da
   }
   g_io_stream_close(G_IO_STREAM(visit->connection), nullptr, nullptr);
   g_object_unref(visit->connection);
+}
+
+void useAsProxy(WebKitWebView* view, const CountingServer& server) {
+  WebKitNetworkProxySettings* settings = webkit_network_proxy_settings_new(server.address().c_str(), nullptr);
+  webkit_network_session_set_proxy_settings(webkit_web_view_get_network_session(view),
+                                            WEBKIT_NETWORK_PROXY_MODE_CUSTOM, settings);
+  webkit_network_proxy_settings_free(settings);
+}
+
+PageTest::~PageTest() {
+  window_.unset_child();
+}
+
+void PageTest::present(Gtk::Widget& widget) {
+  window_.set_default_size(600, 400);
+  window_.set_child(widget);
+  window_.present();
+}
+
+ui::HTMLView& PageTest::view() {
+  if (!view_) {
+    view_ = std::make_unique<ui::HTMLView>();
+    present(*view_);
+  }
+  return *view_;
+}
+
+void PageTest::show(const std::string& html) {
+  bool isLoaded = false;
+  sigc::connection connection = view().signalLoaded().connect([&] { isLoaded = true; });
+  view().update(std::make_shared<const std::string>(html), HTMLAppearance::light, false);
+  EXPECT_TRUE(runUntil([&] { return isLoaded; }));
+  connection.disconnect();
 }
 
 }  // namespace tidewrack

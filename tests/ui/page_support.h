@@ -1,11 +1,16 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include <gio/gio.h>
+#include <gtkmm.h>
 #include <webkit/webkit.h>
+
+#include "ui/html_view.h"
+#include "ui/window_fixture.h"
 
 namespace tidewrack {
 
@@ -48,6 +53,26 @@ class CountingServer {
   int port_ = 0;
   int visits_ = 0;
   std::vector<std::string> requests_;
+};
+
+/// Lets all requests of the page's session go through this server, as if it were any host they ask.
+void useAsProxy(WebKitWebView* view, const CountingServer& server);
+
+/// A window with nothing but a page.
+class PageTest : public WidgetTest {
+ protected:
+  ~PageTest() override;
+
+  void present(Gtk::Widget& widget);
+  /// Shows a document in the protected view, which is made when first asked for, and waits for its load.
+  void show(const std::string& html);
+  ui::HTMLView& view();
+  WebKitWebView* page() { return view().webView(); }
+  std::string evaluated(const std::string& script) { return evaluate(page(), script); }
+
+ private:
+  Gtk::Window window_;
+  std::unique_ptr<ui::HTMLView> view_;
 };
 
 }  // namespace tidewrack
