@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "classify/search_token_store.h"
 #include "library/model_container.h"
 #include "platform/main_loop_executor.h"
 #include "platform/settings.h"
@@ -14,8 +15,8 @@ namespace tidewrack {
 /// and settings, found the same way. One in a process.
 class HeadlessScreen {
  public:
-  /// Whether the search index is at hand. A command that neither searches nor changes the list of messages
-  /// spares itself loading it.
+  /// Whether the search index is at hand and its stored form follows the messages. A command that neither
+  /// searches nor changes the list of messages spares itself loading it.
   enum class Search { without, with };
 
   /// Opens the store and loads what it holds, as the window does when it appears. Throws Failure, for
@@ -33,6 +34,7 @@ class HeadlessScreen {
  private:
   MainLoopExecutor executor_;
   Settings settings_;
+  PersistedSearchTokenStore tokens_;
   std::unique_ptr<ContentView> screen_;
 };
 

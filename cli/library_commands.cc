@@ -44,7 +44,7 @@ int importArchives(const CommandLine& line, Output& output) {
   for (const auto& file : line.operands) {
     requireReadable(file);
   }
-  HeadlessScreen headless;
+  HeadlessScreen headless(HeadlessScreen::Search::with);
   auto& screen = headless.screen();
   std::set<Text> known;
   for (const auto& library : screen.libraries()) {
@@ -91,7 +91,7 @@ int renameLibrary(const CommandLine& line) {
 }
 
 int deleteLibrary(const CommandLine& line) {
-  HeadlessScreen headless;
+  HeadlessScreen headless(HeadlessScreen::Search::with);
   auto& screen = headless.screen();
   Progress progress(Progress::Output::nothing);
   const auto subscription = screen.importStatus.observe([&] {

@@ -55,7 +55,8 @@ ContentView& TidewrackApp::start() {
       std::make_unique<ContentView>(ContentViewServices{.executor = *executor_,
                                                         .settings = settings_,
                                                         .container = makeSharedModelContainer(arguments_),
-                                                        .arguments = arguments_});
+                                                        .arguments = arguments_,
+                                                        .tokenStore = &tokens_});
   logger().info("Aplicación iniciada en modo RELEASE");
   logger().info("Tidewrack v%s (build %s)", {std::string(TIDEWRACK_VERSION), std::string(TIDEWRACK_VERSION)});
   return *screen_;

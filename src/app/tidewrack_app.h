@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "classify/search_token_store.h"
 #include "intelligence/intelligence_service.h"
 #include "platform/main_loop_executor.h"
 #include "platform/settings.h"
@@ -43,6 +44,7 @@ class TidewrackApp {
   std::vector<std::string> arguments_;
   std::unique_ptr<MainLoopExecutor> executor_;
   Settings settings_;
+  PersistedSearchTokenStore tokens_;
   UnavailableIntelligenceService intelligence_;
   std::unique_ptr<ContentView> screen_;
 };

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <numeric>
 #include <unordered_map>
+#include <utility>
 
 #include "classify/token_segment.h"
 #include "classify/tokenizer.h"
@@ -38,7 +39,7 @@ std::vector<std::uint32_t> numbersFrom0(std::size_t count) {
 struct FullTextSearchIndex::Part {
   std::shared_ptr<const TokenSegment> segment;
   std::vector<std::uint32_t> positions;
-  MessageList messages;  ///< As they were read; empty where the words came from stored entries.
+  MessageList messages;  ///< As they were read; empty as long as only words are known.
 
   [[nodiscard]] std::size_t present() const {
     return positions.size() - static_cast<std::size_t>(std::ranges::count(positions, nowhere));
@@ -63,37 +64,60 @@ void FullTextSearchIndex::update(const MessageList& messages) {
     return;
   }
   struct Place {
-    std::uint32_t part;
-    std::uint32_t number;
+    std::uint32_t part = nowhere;
+    std::uint32_t number = 0;
   };
-  std::unordered_map<Text, Place> known;
   auto data = std::make_shared<Data>(*data_);
+  // Most lists differ little from the one before: whoever stands where he stood is found without his id.
+  std::vector<Place> earlier;
   for (std::size_t p = 0; p < data->parts.size(); ++p) {
     auto& part = data->parts[p];
     for (std::size_t n = 0; n < part.positions.size(); ++n) {
-      if (part.positions[n] != nowhere) {
-        known.emplace(part.segment->messageIDs()[n],
-                      Place{static_cast<std::uint32_t>(p), static_cast<std::uint32_t>(n)});
-        part.positions[n] = nowhere;
+      const auto position = std::exchange(part.positions[n], nowhere);
+      if (position == nowhere || part.messages.empty()) {
+        continue;
       }
+      if (earlier.size() <= position) {
+        earlier.resize(std::size_t{position} + 1);
+      }
+      earlier[position] = {static_cast<std::uint32_t>(p), static_cast<std::uint32_t>(n)};
+    }
+  }
+  // Keeps the words of a place for the message at `position` if they are its words; else the place stays.
+  const auto keep = [&](Place& place, std::size_t position) {
+    if (place.part == nowhere) {
+      return false;
+    }
+    auto& part = data->parts[place.part];
+    auto& known = part.messages[place.number];
+    if (known != messages[position] &&
+        (known->id != messages[position]->id || !haveSameText(*known, *messages[position]))) {
+      return false;
+    }
+    part.positions[place.number] = static_cast<std::uint32_t>(position);
+    known = messages[position];
+    place.part = nowhere;
+    return true;
+  };
+  std::vector<std::uint32_t> moved;
+  for (std::size_t i = 0; i < messages.size(); ++i) {
+    if (i >= earlier.size() || !keep(earlier[i], i)) {
+      moved.push_back(static_cast<std::uint32_t>(i));
+    }
+  }
+  std::unordered_map<Text, Place> elsewhere;
+  for (const Place& place : earlier) {
+    if (place.part != nowhere && !moved.empty()) {
+      elsewhere.emplace(data->parts[place.part].messages[place.number]->id, place);
     }
   }
   Part fresh;
-  for (std::size_t i = 0; i < messages.size(); ++i) {
-    const auto position = static_cast<std::uint32_t>(i);
-    const auto found = known.find(messages[i]->id);
-    if (found != known.end()) {
-      auto& part = data->parts[found->second.part];
-      auto& place = part.positions[found->second.number];
-      if (place == nowhere && !part.messages.empty() &&
-          haveSameText(*part.messages[found->second.number], *messages[i])) {
-        place = position;
-        part.messages[found->second.number] = messages[i];
-        continue;
-      }
+  for (const auto position : moved) {
+    const auto found = elsewhere.find(messages[position]->id);
+    if (found == elsewhere.end() || !keep(found->second, position)) {
+      fresh.messages.push_back(messages[position]);
+      fresh.positions.push_back(position);
     }
-    fresh.messages.push_back(messages[i]);
-    fresh.positions.push_back(position);
   }
   if (!fresh.messages.empty()) {
     fresh.segment = TokenSegment::build(fresh.messages);
@@ -104,43 +128,72 @@ void FullTextSearchIndex::update(const MessageList& messages) {
 }
 
 /// Keeps the number of parts small and lets the words of messages that have gone, go.
-void FullTextSearchIndex::compact(Data& data) const {
+void FullTextSearchIndex::compact(Data& data) {
   std::erase_if(data.parts, [](const Part& part) { return part.present() == 0; });
   const bool muchIsGone = std::ranges::any_of(
       data.parts, [](const Part& part) { return part.present() * 2 < part.positions.size(); });
   if (data.parts.size() <= mostParts && !muchIsGone) {
     return;
   }
-  // Words from stored entries stay apart: nobody knows the text that they were made from.
+  mergeParts(data);
+}
+
+// One part with the messages in the order of the list, so that neighbours in it have neighbouring numbers.
+void FullTextSearchIndex::mergeParts(Data& data) {
   Part merged;
-  std::vector<Part> apart;
+  bool messagesAreKnown = true;
+  for (const auto& part : data.parts) {
+    std::ranges::copy_if(part.positions, std::back_inserter(merged.positions),
+                         [](std::uint32_t position) { return position != nowhere; });
+    messagesAreKnown = messagesAreKnown && !part.messages.empty();
+  }
+  std::ranges::sort(merged.positions);
+  if (messagesAreKnown) {
+    merged.messages.resize(merged.positions.size());
+  }
   std::vector<std::vector<std::uint32_t>> newNumbers;
   std::vector<TokenSegment::MergePart> mergeParts;
-  for (auto& part : data.parts) {
-    if (part.messages.empty()) {
-      apart.push_back(std::move(part));
-      continue;
-    }
+  for (const auto& part : data.parts) {
     auto& numbers = newNumbers.emplace_back(part.positions.size(), nowhere);
     for (std::size_t n = 0; n < part.positions.size(); ++n) {
       if (part.positions[n] != nowhere) {
-        numbers[n] = static_cast<std::uint32_t>(merged.positions.size());
-        merged.positions.push_back(part.positions[n]);
-        merged.messages.push_back(part.messages[n]);
+        const auto place = std::ranges::lower_bound(merged.positions, part.positions[n]);
+        numbers[n] = static_cast<std::uint32_t>(place - merged.positions.begin());
+        if (messagesAreKnown) {
+          merged.messages[numbers[n]] = part.messages[n];
+        }
       }
     }
   }
-  std::size_t next = 0;
-  for (const auto& part : data.parts) {
-    if (part.segment) {
-      mergeParts.push_back({part.segment.get(), newNumbers[next++]});
-    }
+  for (std::size_t p = 0; p < data.parts.size(); ++p) {
+    mergeParts.push_back({data.parts[p].segment.get(), newNumbers[p]});
   }
-  if (!mergeParts.empty()) {
-    merged.segment = TokenSegment::merge(mergeParts, merged.positions.size());
-    apart.push_back(std::move(merged));
+  merged.segment = TokenSegment::merge(mergeParts, merged.positions.size());
+  data.parts.clear();
+  data.parts.push_back(std::move(merged));
+}
+
+std::shared_ptr<const TokenSegment> FullTextSearchIndex::asOneSegment() {
+  if (!data_ || data_->parts.empty()) {
+    return nullptr;
   }
-  data.parts = std::move(apart);
+  const auto& first = data_->parts.front();
+  if (data_->parts.size() > 1 || !std::ranges::is_sorted(first.positions) ||
+      std::ranges::find(first.positions, nowhere) != first.positions.end()) {
+    auto data = std::make_shared<Data>(*data_);
+    mergeParts(*data);
+    data_ = std::move(data);
+  }
+  return data_->parts.front().segment;
+}
+
+FullTextSearchIndex FullTextSearchIndex::ofSegment(std::shared_ptr<const TokenSegment> segment) {
+  FullTextSearchIndex index;
+  auto data = std::make_shared<Data>();
+  const auto count = segment->messageIDs().size();
+  data->parts.push_back({std::move(segment), numbersFrom0(count), {}});
+  index.data_ = std::move(data);
+  return index;
 }
 
 void FullTextSearchIndex::load(const std::vector<SearchTokenEntry>& entries) {
@@ -160,11 +213,7 @@ void FullTextSearchIndex::load(const std::vector<SearchTokenEntry>& entries) {
     builder.addToken(entry->token);
     previous = entry;
   }
-  auto data = std::make_shared<Data>();
-  auto segment = builder.finish();
-  const auto count = segment->messageIDs().size();
-  data->parts.push_back({std::move(segment), numbersFrom0(count), {}});
-  data_ = std::move(data);
+  *this = ofSegment(builder.finish());
 }
 
 void FullTextSearchIndex::align(const MessageList& messages) {
@@ -178,9 +227,13 @@ void FullTextSearchIndex::align(const MessageList& messages) {
   }
   auto data = std::make_shared<Data>(*data_);
   for (auto& part : data->parts) {
+    part.messages.assign(part.positions.size(), nullptr);
     for (std::size_t n = 0; n < part.positions.size(); ++n) {
       const auto found = positionOf.find(part.segment->messageIDs()[n]);
       part.positions[n] = found == positionOf.end() ? nowhere : found->second;
+      if (found != positionOf.end()) {
+        part.messages[n] = messages[found->second];
+      }
     }
   }
   data_ = std::move(data);

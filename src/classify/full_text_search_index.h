@@ -12,6 +12,8 @@
 
 namespace tidewrack {
 
+class TokenSegment;
+
 /// One (token, message) pair, the flat form of the index.
 struct SearchTokenEntry {
   Text token;
@@ -33,8 +35,14 @@ class FullTextSearchIndex {
   /// Discards what the index holds and fills it from the entries.
   void load(const std::vector<SearchTokenEntry>& entries);
   /// Takes `messages` as the list that `positionsMatching` speaks of, without reading any text: messages are
-  /// known by their ids, and those that the index does not hold have no words. For use after load.
+  /// known by their ids, and those that the index does not hold have no words. For use after load or
+  /// ofSegment, when the words were made from these messages as they are.
   void align(const MessageList& messages);
+  /// An index of words that were collected before; align gives it its list.
+  static FullTextSearchIndex ofSegment(std::shared_ptr<const TokenSegment> segment);
+  /// Everything that the index holds as one segment, with its messages in the order of the list. What it
+  /// takes to make one stays in the index. Null when the index is empty.
+  std::shared_ptr<const TokenSegment> asOneSegment();
   /// One entry for each pair, in no particular order.
   [[nodiscard]] std::vector<SearchTokenEntry> entries() const;
   [[nodiscard]] bool empty() const;
@@ -58,7 +66,8 @@ class FullTextSearchIndex {
  private:
   struct Part;
   struct Data;
-  void compact(Data& data) const;
+  static void compact(Data& data);
+  static void mergeParts(Data& data);
   template <typename Visit>
   void forEachMatch(std::string_view query, Visit visit) const;
 

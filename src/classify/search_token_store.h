@@ -2,7 +2,6 @@
 
 #include "classify/full_text_search_index.h"
 #include "library/model_container.h"
-#include "mail/records.h"
 
 namespace tidewrack {
 
@@ -11,10 +10,19 @@ namespace tidewrack {
 class SearchTokenStore {
  public:
   virtual ~SearchTokenStore() = default;
-  /// The index of the stored tokens; empty when there are none.
+  /// The index of the stored tokens, for align; empty when there are none. Messages that have changed since
+  /// the tokens were stored are not in it.
   virtual FullTextSearchIndex load(ModelContext& context) = 0;
-  /// Replaces the stored tokens by those of the messages.
-  virtual void rewrite(const MessageList& messages, ModelContext& context) = 0;
+  /// Replaces the stored tokens by those of an index that is up to date with the stored messages. The index
+  /// keeps its meaning; it may get a form that is stored sooner the next time.
+  virtual void rewrite(FullTextSearchIndex& index, ModelContext& context) = 0;
+};
+
+/// The token store of the program: PersistedSearchToken, in the message store itself.
+class PersistedSearchTokenStore : public SearchTokenStore {
+ public:
+  FullTextSearchIndex load(ModelContext& context) override;
+  void rewrite(FullTextSearchIndex& index, ModelContext& context) override;
 };
 
 }  // namespace tidewrack

@@ -4,6 +4,7 @@
 #include <limits>
 #include <thread>
 #include <unordered_map>
+#include <utility>
 
 #include "classify/message_text.h"
 #include "classify/tokenizer.h"
@@ -256,6 +257,33 @@ std::shared_ptr<const TokenSegment> TokenSegment::build(
     builder.append(second);
   }
   return builder.finish();
+}
+
+TokenSegmentLoader::TokenSegmentLoader() : segment_(std::make_shared<TokenSegment>()) {}
+
+void TokenSegmentLoader::add(std::string_view token, std::span<const std::uint32_t> numbers) {
+  auto& segment = *segment_;
+  if (segment.tokenEnds_.empty() || segment.token(segment.tokenCount() - 1) != token) {
+    segment.tokenBytes_ += token;
+    segment.tokenEnds_.push_back(segment.tokenBytes_.size());
+    segment.postingEnds_.push_back(0);
+    last_ = 0;
+  }
+  for (const auto number : numbers) {
+    appendNumber(segment.postings_, number - last_);
+    last_ = number;
+  }
+  segment.postingEnds_.back() = segment.postings_.size();
+  segment.pairCount_ += numbers.size();
+}
+
+std::shared_ptr<const TokenSegment> TokenSegmentLoader::finish(std::vector<Text> messageIDs) {
+  segment_->messageIDs_ = std::move(messageIDs);
+  segment_->tokenBytes_.shrink_to_fit();
+  segment_->tokenEnds_.shrink_to_fit();
+  segment_->postings_.shrink_to_fit();
+  segment_->postingEnds_.shrink_to_fit();
+  return std::exchange(segment_, std::make_shared<TokenSegment>());
 }
 
 }  // namespace tidewrack

@@ -43,6 +43,7 @@ class TokenSegment {
 
  private:
   friend class TokenSegmentBuilder;
+  friend class TokenSegmentLoader;
 
   std::vector<Text> messageIDs_;
   std::string tokenBytes_;
@@ -82,6 +83,20 @@ class TokenSegmentBuilder {
   std::vector<Text> messageIDs_;
   std::unique_ptr<Table> table_;
   std::uint64_t pairCount_ = 0;
+};
+
+/// Takes in tokens that come sorted.
+class TokenSegmentLoader {
+ public:
+  TokenSegmentLoader();
+  /// A token not below the one before, and the ascending numbers of its messages. The same token again
+  /// continues it, with greater numbers.
+  void add(std::string_view token, std::span<const std::uint32_t> numbers);
+  [[nodiscard]] std::shared_ptr<const TokenSegment> finish(std::vector<Text> messageIDs);
+
+ private:
+  std::shared_ptr<TokenSegment> segment_;
+  std::uint32_t last_ = 0;
 };
 
 }  // namespace tidewrack

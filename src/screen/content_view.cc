@@ -284,6 +284,7 @@ void ContentView::refreshSearchIndexInBackground() {
 
 Task<> ContentView::rebuildSearchIndex() {
   isIndexing_ = true;
+  indexingFailure_ = nullptr;
   while (!indexedMessages_.isSame(messages())) {
     const SharedMessageList list = messages();
     auto build = [list, index = searchIndex()]() mutable {
@@ -300,6 +301,7 @@ Task<> ContentView::rebuildSearchIndex() {
       // be read, and the earlier index stands.
       logger().error("No se pudo reconstruir el índice de búsqueda: %s", {failure.what()});
       if (list.isSame(messages())) {
+        indexingFailure_ = std::current_exception();
         break;
       }
       continue;
@@ -307,6 +309,29 @@ Task<> ContentView::rebuildSearchIndex() {
     recomputeDerivedState();
   }
   isIndexing_ = false;
+  for (const auto& goOn : std::exchange(indexWaiters_, {})) {
+    goOn();
+  }
+}
+
+Task<> ContentView::bringSearchIndexUpToDate() {
+  struct Awaiter {
+    ContentView& screen;
+    bool await_ready() const { return !screen.isIndexing_; }
+    void await_suspend(std::coroutine_handle<> waiting) {
+      screen.indexWaiters_.emplace_back([waiting] { waiting.resume(); });
+    }
+    void await_resume() const {}
+  };
+  if (!isIndexing_) {
+    rebuildSearchIndex();
+  }
+  while (isIndexing_) {
+    co_await Awaiter{*this};
+  }
+  if (indexingFailure_) {
+    std::rethrow_exception(indexingFailure_);
+  }
 }
 
 void ContentView::refreshDiscoveredLibraries() {

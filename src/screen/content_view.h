@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -201,6 +202,8 @@ class ContentView {
   void adopt(DerivedInput input, DerivedState state);
   Task<> recomputeInBackground();
   Task<> rebuildSearchIndex();
+  /// Waits until the in-memory index is that of `messages`. Throws what kept it from becoming so.
+  Task<> bringSearchIndexUpToDate();
   Task<> discover();
   /// Makes the new list from the present one. It runs on a worker, again when the list has changed meanwhile,
   /// and must not use the screen.
@@ -231,7 +234,8 @@ class ContentView {
   // startup_flow.cc
   Task<> loadStoredMail();
   Task<> showDemoLibrary();
-  /// Replaces the stored tokens by those of the loaded messages. Throws what the store reports.
+  /// Replaces the stored tokens by those of the loaded messages, once these are indexed. Throws what the
+  /// store reports.
   Task<> rewriteStoredTokens();
 
   // library_flows.cc
@@ -256,6 +260,8 @@ class ContentView {
   std::vector<std::function<void()>> derivedStateWaiters_;
 
   bool isIndexing_ = false;
+  std::exception_ptr indexingFailure_;  ///< Of the last refresh; null when it succeeded.
+  std::vector<std::function<void()>> indexWaiters_;
   SharedMessageList indexedMessages_;  ///< The list that `searchIndex` was built from.
 
   bool isDiscovering_ = false;

@@ -104,11 +104,18 @@ Task<> ContentView::rewriteStoredTokens() {
   if (!services_.tokenStore) {
     co_return;
   }
+  co_await bringSearchIndexUpToDate();
+  const FullTextSearchIndex index = searchIndex();
   const auto turn = co_await modelContextLock_.turn(services_.executor);
-  auto rewrite = [tokens = services_.tokenStore, list = messages(), context = modelContext_] {
-    tokens->rewrite(list, *context);
+  auto rewrite = [tokens = services_.tokenStore, changed = index, context = modelContext_]() mutable {
+    tokens->rewrite(changed, *context);
+    return changed;
   };
-  co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(rewrite));
+  FullTextSearchIndex rewritten =
+      co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(rewrite));
+  if (searchIndex() == index) {
+    searchIndex.set(std::move(rewritten));
+  }
 }
 
 void ContentView::startCategorizationIfNeeded() {

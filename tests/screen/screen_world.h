@@ -61,13 +61,11 @@ class FakeTokenStore : public SearchTokenStore {
     index.load(entries);
     return index;
   }
-  void rewrite(const MessageList& messages, ModelContext& /*context*/) override {
+  void rewrite(FullTextSearchIndex& index, ModelContext& /*context*/) override {
     ++rewrites;
     if (fails) {
       throw StoreFailure("The tokens cannot be written.");
     }
-    FullTextSearchIndex index;
-    index.build(messages);
     entries = index.entries();
   }
 
