@@ -18,9 +18,12 @@ namespace {
 
 using namespace tidewrack;
 
+constexpr const char* serviceOption = "--gapplication-service";
 constexpr const char* usage =
     "Usage: tidewrack [FILE...]\n"
     "Read mail archives. Each FILE is imported as a new library.\n\n"
+    "  --demo-data    show made-up mail in place of the user's own\n"
+    "  --screenshots  show made-up mail and leave the user's store alone\n"
     "  --picture=PNG  write a picture of the window once the mail stands, and end\n"
     "  --version      say which version this is\n"
     "  --help         say this\n";
@@ -30,6 +33,7 @@ struct Launch {
   std::vector<std::string> arguments;  ///< All of them, the program's own path included.
   std::vector<std::string> files;
   std::string pictureFile;
+  bool isService = false;  ///< Started by the session bus, which says later what to show.
   bool wantsUsage = false;
   bool wantsVersion = false;
   std::string unknown;
@@ -52,8 +56,9 @@ Launch readArguments(int argc, char** argv) {
       launch.wantsVersion = true;
     } else if (argument.starts_with(pictureOption)) {
       launch.pictureFile = argument.substr(pictureOption.size());
-    } else if (!argument.starts_with("--screenshots") && !argument.starts_with("--demo-data") &&
-               argument != "--gapplication-service") {
+    } else if (argument == serviceOption) {
+      launch.isService = true;
+    } else if (!argument.starts_with("--screenshots") && !argument.starts_with("--demo-data")) {
       launch.unknown = argument;
     }
   }
@@ -73,6 +78,9 @@ int run(const Launch& launch) {
                                                     .pictureFile = launch.pictureFile});
   // Only the files go to the first instance; the flags are this process's own.
   std::vector<std::string> words = {launch.arguments.front()};
+  if (launch.isService) {
+    words.emplace_back(serviceOption);
+  }
   words.insert(words.end(), launch.files.begin(), launch.files.end());
   std::vector<char*> pointers;
   for (std::string& word : words) {
