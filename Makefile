@@ -3,15 +3,19 @@
 #   make run [ARCHIVE=file.mbox]   install what is missing, build, import the archive, open the window
 #   make test                      install what is missing, build, run every check and test
 #   make bench                     measure (BENCH_FLAGS="--quick" for a short run)
+#   make install [PREFIX=/usr/local] [DESTDIR=]   build and install the programs
+#   make translations              bring po/ in line with the texts of the sources
 #   make lint                      formatting, layering, script and static checks
 #   make clean                     remove the build folders
 
 ARCHIVE ?=
 TIDEWRACK_CORPUS ?=
 BENCH_FLAGS ?=
+PREFIX ?= /usr/local
+DESTDIR ?=
 CONFIGURE_FLAGS = -DTIDEWRACK_CORPUS="$(TIDEWRACK_CORPUS)"
 
-.PHONY: all packages build run test bench lint clean
+.PHONY: all packages build run test bench install translations lint clean
 
 all: build
 
@@ -38,6 +42,19 @@ bench: packages
 	cmake --preset bench
 	cmake --build --preset bench
 	build/bench/tidewrack-bench $(BENCH_FLAGS)
+
+# A package's own scripts tell the desktop of the new files; without one that is done here.
+install: packages
+	cmake --preset release
+	cmake --build --preset release --target programs
+	DESTDIR="$(DESTDIR)" cmake --install build/release --prefix "$(PREFIX)"
+	@if [ -z "$(DESTDIR)" ]; then \
+	  update-desktop-database -q "$(PREFIX)/share/applications" 2>/dev/null || true; \
+	  gtk4-update-icon-cache -qtf "$(PREFIX)/share/icons/hicolor" 2>/dev/null || true; \
+	fi
+
+translations:
+	tools/update-translations
 
 lint: packages
 	tools/lint

@@ -149,8 +149,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
 }
 
 std::string usageText() {
-  return localized("ctl_usage",
-                   R"(Usage: tidewrackctl COMMAND [ARGUMENT...]
+  return R"(Usage: tidewrackctl COMMAND [ARGUMENT...]
 
 Commands:
   parse [--digest] FILE...       print the messages of mail archives, one JSON object a line,
@@ -194,8 +193,8 @@ Options:
 
 Lists are aligned on a terminal and separated by tabs in a pipe. The exit status is 0 for success,
 1 for a failure and 2 for wrong usage.
-)",
-                   "tidewrackctl help; keep command and option names");
+)";
+  keep command and option names ");
 }
 
 }  // namespace tidewrack
