@@ -37,6 +37,7 @@ ContentView& TidewrackApp::start() {
                                                               .settings = settings_,
                                                               .container = std::move(container),
                                                               .arguments = arguments_,
+                                                              .syncMonitor = &syncMonitor_,
                                                               .tokenStore = &tokens_,
                                                               .demoLibrary = demoLibrary});
   logBanner(programVersion());

@@ -37,6 +37,9 @@ DateStyle DateStyle::longDateAndTime() {
 DateStyle DateStyle::numericDateAndTime() {
   return localised("yMdjmmss");
 }
+DateStyle DateStyle::numericDateAndShortTime() {
+  return localised("yMdjmm");
+}
 DateStyle DateStyle::abbreviatedDateAndTime() {
   return localised("yMMMdjmmss");
 }

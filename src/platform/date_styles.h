@@ -14,6 +14,8 @@ class DateStyle {
   static DateStyle longDateAndTime();
   /// "10/17/2020, 9:41:00 PM" in the current locale and time zone.
   static DateStyle numericDateAndTime();
+  /// "10/17/2020, 9:41 PM" in the current locale and time zone.
+  static DateStyle numericDateAndShortTime();
   /// "Oct 17, 2020, 9:41:00 PM" in the current locale and time zone.
   static DateStyle abbreviatedDateAndTime();
   /// "Oct 17, 2020" in the current locale and time zone.

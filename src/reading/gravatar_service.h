@@ -19,10 +19,12 @@ namespace tidewrack {
 /// disk. Every failure ends without a picture. Main thread only; lives as long as any avatar is awaited.
 class GravatarService {
  public:
+  static constexpr const char* defaultHost = "www.gravatar.com";
+
   /// `folder` holds the cache: pictures as downloaded under the hash of the address, and empty files
   /// HASH.missing for addresses that have none. `baseURL` has no slash at its end. `timeout`: how long the
   /// service may be silent.
-  explicit GravatarService(std::filesystem::path folder, std::string baseURL = "https://www.gravatar.com",
+  explicit GravatarService(std::filesystem::path folder, std::string baseURL = std::string("https://") + defaultHost,
                            std::chrono::seconds timeout = std::chrono::seconds(8));
 
   using PicturePointer = std::shared_ptr<const Picture>;

@@ -35,6 +35,8 @@
 
 namespace tidewrack {
 
+class iCloudSyncMonitor;
+
 /// A fixed set of made-up mail.
 struct DemoLibrary {
   std::vector<MBOXLibrary> libraries;
@@ -54,6 +56,8 @@ struct ContentViewServices {
   MessageIndexer* spotlight = nullptr;
   /// The on-device categoriser; null where there is none.
   MessageCategorizer* categorizer = nullptr;
+  /// What the replication of the store does; null where there is none.
+  iCloudSyncMonitor* syncMonitor = nullptr;
   /// Where the search index is kept between two runs; null keeps it in memory alone.
   SearchTokenStore* tokenStore = nullptr;
   /// Whether the in-memory search index follows the messages. A program that never searches spares itself
@@ -266,6 +270,8 @@ class ContentView {
 
   bool isDiscovering_ = false;
   bool discoversAgain_ = false;
+
+  Subscription discoveredObserverToken_;  ///< An import from the cloud may have brought libraries.
 
   mutable SharedMessageList selectionSearchedIn_;  ///< The list in which `selectedMessage_` was looked up.
   mutable std::optional<Text> selectionSearchedFor_;

@@ -2,6 +2,7 @@
 
 #include "library/store_operations.h"
 #include "screen/content_view.h"
+#include "sync/cloud_sync_monitor.h"
 
 namespace tidewrack {
 
@@ -13,6 +14,10 @@ Task<> ContentView::startup() {
   co_await loadPersistedLibraries();
   if (!hasArgument("--screenshots")) {
     refreshDiscoveredLibraries();
+    if (services_.syncMonitor != nullptr) {
+      discoveredObserverToken_ =
+          services_.syncMonitor->observeImportDidComplete([this] { refreshDiscoveredLibraries(); });
+    }
   }
 }
 

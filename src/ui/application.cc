@@ -5,11 +5,14 @@
 
 #include <adwaita.h>
 
+#include "platform/app_language.h"
 #include "platform/failure.h"
 #include "platform/localized.h"
+#include "screen/help_page.h"
 #include "ui/alerts.h"
 #include "ui/archive_picker.h"
 #include "ui/main_menu.h"
+#include "ui/settings_sheet.h"
 #include "ui/style.h"
 #include "ui/window_picture.h"
 
@@ -38,6 +41,7 @@ Application::~Application() {
 void Application::on_startup() {
   adw_init();
   Gtk::Application::on_startup();
+  gtk_widget_set_default_direction(isInterfaceRightToLeft() ? GTK_TEXT_DIR_RTL : GTK_TEXT_DIR_LTR);
   installStyle();
   addActions();
   setShortcuts(*this);
@@ -51,6 +55,7 @@ void Application::on_startup() {
 
 void Application::addActions() {
   add_action("quit", [this] {
+    settingsWindow_.reset();
     window_.reset();
     quit();
   });
@@ -61,8 +66,7 @@ void Application::addActions() {
       configuration_.help();
     }
   });
-  // Its sheet is not there yet.
-  add_action("preferences", [this] { screen_->isShowingSettings.set(true); })->set_enabled(false);
+  add_action("preferences", [this] { showSettings(); });
 }
 
 bool Application::ensureWindow() {
@@ -105,6 +109,18 @@ void Application::showFailure() {
                                   localized("ok_button", "OK", "Default dismiss button").c_str());
   gtk_window_set_application(GTK_WINDOW(dialog), gobj());
   gtk_window_present(GTK_WINDOW(dialog));
+}
+
+void Application::showSettings() {
+  if (hasFailed() || screen_ == nullptr) {
+    return;
+  }
+  // Each time a new one: its state goes with it.
+  if (!settingsWindow_ || !settingsWindow_->window().get_visible()) {
+    settingsWindow_ =
+        std::make_unique<SettingsWindow>(*this, settingsSubjects(*screen_, configuration_.intelligence));
+  }
+  settingsWindow_->present();
 }
 
 void Application::showAbout() {

@@ -10,6 +10,7 @@
 #include "intelligence/intelligence_service.h"
 #include "screen/content_view.h"
 #include "ui/main_window.h"
+#include "ui/settings_window.h"
 
 namespace tidewrack::ui {
 
@@ -31,9 +32,6 @@ class Application : public Gtk::Application {
   };
 
   static constexpr const char* applicationID = "io.marloon.Tidewrack";
-  /// Where the mail provider tells how to export an account.
-  static constexpr const char* exportHelpURL = "https://support.google.com/accounts/answer/3024190";
-
   static Glib::RefPtr<Application> create(Configuration configuration);
   ~Application() override;
 
@@ -53,12 +51,14 @@ class Application : public Gtk::Application {
   bool ensureWindow();
   void showFailure();
   void showAbout();
+  void showSettings();
   void openExportHelp();
   void takePictureWhenReady();
 
   Configuration configuration_;
   ContentView* screen_ = nullptr;
   std::unique_ptr<MainWindow> window_;
+  std::unique_ptr<SettingsWindow> settingsWindow_;
   std::string failure_;
   sigc::connection pictureTimer_;
 };

@@ -18,10 +18,12 @@ Gtk::MenuButton* makeMainMenuButton() {
   about->append(localized("Acerca de los archivos MBOX", "Acerca de los archivos MBOX", "Menu entry"),
                 "app.about-mbox");
   about->append(localized("Ayuda de Tidewrack", "Ayuda de Tidewrack", "Menu entry"), "app.help");
+  auto settings = Gio::Menu::create();
+  settings->append(localized("settings_button", "Settings", "Settings button"), "app.preferences");
   auto end = Gio::Menu::create();
   end->append(localized("quit_app", "Quit", "Menu entry"), "app.quit");
   auto menu = Gio::Menu::create();
-  for (const auto& section : {work, view, about, end}) {
+  for (const auto& section : {work, view, settings, about, end}) {
     menu->append_section(section);
   }
 

@@ -6,6 +6,7 @@
 #include "reading/display_text.h"
 #include "ui/alerts.h"
 #include "ui/main_menu.h"
+#include "ui/settings_sheet.h"
 #include "ui/status_sheet.h"
 #include "ui/toast_view.h"
 #include "ui/toolbar_view.h"
@@ -24,7 +25,8 @@ constexpr const char* listPage = "list";
 constexpr const char* welcomePage = "welcome";
 
 // The toolbar's items whose destination exists.
-const std::set<ToolbarAction> offeredActions = {ToolbarAction::importArchives, ToolbarAction::clearFilters};
+const std::set<ToolbarAction> offeredActions = {ToolbarAction::importArchives, ToolbarAction::clearFilters,
+                                                ToolbarAction::cloudStatus, ToolbarAction::settings};
 
 // The bar at the head of a column. Only the outermost columns carry the window's buttons.
 AdwHeaderBar* makeHeaderBar(bool hasStartButtons, bool hasEndButtons) {
@@ -75,6 +77,7 @@ MainWindow::MainWindow(Gtk::Application& application, ContentView& screen, Intel
   columns->set_size_request(minimumWidth, minimumHeight);
   root_ = Gtk::make_managed<Gtk::Overlay>();
   root_->set_child(*columns);
+  root_->add_overlay(*Gtk::make_managed<SettingsSheet>(screen_, intelligence, *columns));
   root_->add_overlay(*Gtk::make_managed<StatusSheet>(screen_, *columns));
   root_->add_overlay(*Gtk::make_managed<ToastView>(screen_));
   adw_application_window_set_content(ADW_APPLICATION_WINDOW(window), GTK_WIDGET(root_->gobj()));

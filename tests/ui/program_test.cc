@@ -105,6 +105,70 @@ TEST_F(ProgramTest, AStoreThatCannotBeOpenedEndsItWithAMessage) {
   EXPECT_NE(result.status, 0);
 }
 
+TEST_F(ProgramTest, ASecondLaunchWithoutFilesEndsAndTheFirstGoesOn) {
+  const auto result = runOnDisplay(
+      "\"$tidewrack\" & first=$!; "
+      "gdbus wait --session --timeout 60 io.marloon.Tidewrack || exit 3; "
+      "timeout 60 \"$tidewrack\" || exit 4; "
+      "kill -0 $first || exit 5; "
+      "gdbus call --session --dest io.marloon.Tidewrack --object-path /io/marloon/Tidewrack "
+      "--method org.freedesktop.Application.ActivateAction quit '[]' '{}' >/dev/null || exit 6; "
+      "wait $first");
+  EXPECT_EQ(result.status, 0) << result.errors;
+}
+
+TEST_F(ProgramTest, TheSessionBusCanStartIt) {
+  // As the session bus does: the service first, then what it is wanted for.
+  const auto result = runOnDisplay(
+      "G_MESSAGES_DEBUG=App \"$tidewrack\" --gapplication-service & service=$!; "
+      "gdbus wait --session --timeout 60 io.marloon.Tidewrack || exit 3; "
+      "gdbus call --session --dest io.marloon.Tidewrack --object-path /io/marloon/Tidewrack "
+      "--method org.freedesktop.Application.Activate '{}' >/dev/null || exit 4; "
+      "for action in help preferences quit; do "
+      "gdbus call --session --dest io.marloon.Tidewrack --object-path /io/marloon/Tidewrack "
+      "--method org.freedesktop.Application.ActivateAction $action '[]' '{}' >/dev/null || exit 5; done; "
+      "wait $service");
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_NE(result.errors.find("Tidewrack v" TIDEWRACK_VERSION " (build 1)"), std::string::npos)
+      << result.errors;
+  EXPECT_NE(result.errors.find("Usuario solicitó ayuda"), std::string::npos) << result.errors;
+}
+
+TEST_F(ProgramTest, ScreenshotsShowMadeUpMailAndLeaveTheStoreAlone) {
+  const std::string picture = folder_ / "demo.png";
+  const auto result = runOnDisplay("exec \"$tidewrack\" --screenshots --picture='" + picture + "'");
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_TRUE(readAll(picture).starts_with("\x89PNG")) << result.errors;
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "data/Tidewrack/default.store"));
+}
+
+TEST_F(ProgramTest, AnInstallationBringsAllItsFilesAndWorksFromItsOwnPlace) {
+  Program cmake("/usr/bin/cmake");
+  cmake.setEnvironment("DESTDIR", folder_ / "root");
+  const auto installed = cmake.run({"--install", TIDEWRACK_BINARY_DIR, "--prefix", "/usr"});
+  ASSERT_EQ(installed.status, 0) << installed.errors;
+  const std::filesystem::path prefix = folder_ / "root/usr";
+  for (const char* file :
+       {"bin/tidewrack", "bin/tidewrackctl", "share/applications/io.marloon.Tidewrack.desktop",
+        "share/metainfo/io.marloon.Tidewrack.metainfo.xml",
+        "share/dbus-1/services/io.marloon.Tidewrack.service",
+        "share/icons/hicolor/scalable/apps/io.marloon.Tidewrack.svg",
+        "share/icons/hicolor/symbolic/apps/io.marloon.Tidewrack-symbolic.svg",
+        "share/tidewrack/schemas/gschemas.compiled", "share/locale/ar/LC_MESSAGES/tidewrack.mo",
+        "share/locale/zh_CN/LC_MESSAGES/tidewrack.mo", "share/man/man1/tidewrack.1",
+        "share/man/man1/tidewrackctl.1"}) {
+    EXPECT_TRUE(std::filesystem::exists(prefix / file)) << file;
+  }
+  EXPECT_NE(readAll(prefix / "share/dbus-1/services/io.marloon.Tidewrack.service")
+                .find("Exec=/usr/bin/tidewrack --gapplication-service"),
+            std::string::npos);
+  Program moved(prefix / "bin/tidewrackctl");
+  moved.setEnvironment("XDG_DATA_HOME", folder_ / "data");
+  moved.setEnvironment("XDG_CONFIG_HOME", folder_ / "config");
+  const auto result = moved.run({"import", sample()});
+  EXPECT_EQ(result.status, 0) << result.errors;
+}
+
 TEST_F(ProgramTest, WrongUsageAndQuestionsAreAnswered) {
   EXPECT_EQ(withoutDisplay_.run({"--nonsense"}).status, 2);
   EXPECT_EQ(withoutDisplay_.run({"--version"}).output, "tidewrack " TIDEWRACK_VERSION "\n");
