@@ -194,7 +194,6 @@ Options:
 Lists are aligned on a terminal and separated by tabs in a pipe. The exit status is 0 for success,
 1 for a failure and 2 for wrong usage.
 )";
-  keep command and option names ");
 }
 
 }  // namespace tidewrack
