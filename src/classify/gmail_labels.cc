@@ -236,9 +236,4 @@ LabelMeaning resolveLabel(std::string_view label) {
   return meaning;
 }
 
-const LabelMeaning& LabelResolver::resolve(const Text& label) {
-  const auto found = known_.find(label);
-  return found != known_.end() ? found->second : known_.emplace(label, resolveLabel(label)).first->second;
-}
-
 }  // namespace tidewrack

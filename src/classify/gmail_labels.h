@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include "platform/text.h"
 
@@ -65,15 +64,5 @@ struct LabelMeaning {
   friend bool operator==(const LabelMeaning&, const LabelMeaning&) = default;
 };
 LabelMeaning resolveLabel(std::string_view label);
-
-/// Resolves each label string once and remembers the answer. An archive has few distinct labels and many
-/// uses of each. One thread at a time.
-class LabelResolver {
- public:
-  const LabelMeaning& resolve(const Text& label);
-
- private:
-  std::unordered_map<Text, LabelMeaning> known_;
-};
 
 }  // namespace tidewrack

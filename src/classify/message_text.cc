@@ -31,4 +31,13 @@ void forEachSearchableText(const EmailMessage& message, const std::function<void
   }
 }
 
+bool haveSameSearchableText(const EmailMessage& a, const EmailMessage& b) {
+  const auto sameBody = [](const std::optional<Content>& x, const std::optional<Content>& y) {
+    return x.has_value() == y.has_value() && (!x || x->source() == y->source());
+  };
+  return &a == &b ||
+         (sameBody(a.plainBody, b.plainBody) && sameBody(a.htmlBody, b.htmlBody) && a.subject == b.subject &&
+          a.snippet == b.snippet && a.from == b.from && a.to == b.to && a.cc == b.cc && a.labels == b.labels);
+}
+
 }  // namespace tidewrack

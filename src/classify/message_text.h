@@ -12,4 +12,9 @@ namespace tidewrack {
 /// that no word spans them. Bodies are read now; a stored body that cannot be read throws StoreFailure.
 void forEachSearchableText(const EmailMessage& message, const std::function<void(std::string_view)>& visit);
 
+/// Whether two messages are found by the same words for certain. Texts and bodies are shared between the
+/// versions of a message, so this compares little more than pointers and reads no body; a false answer says
+/// nothing.
+bool haveSameSearchableText(const EmailMessage& a, const EmailMessage& b);
+
 }  // namespace tidewrack

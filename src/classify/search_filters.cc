@@ -34,28 +34,18 @@ bool passesAttachmentFilter(const EmailMessage& message, AttachmentFilter filter
   return true;
 }
 
-bool passesSizeFilter(const EmailMessage& message, SizeFilter filter) {
-  if (filter == SizeFilter::any) {
-    return true;
-  }
+}  // namespace
+
+SizeFilter sizeClass(const EmailMessage& message) {
   std::uint64_t size = 0;
   for (const auto& attachment : message.attachments) {
     size += attachment.data.size();
   }
-  switch (filter) {
-    case SizeFilter::any:
-      return true;
-    case SizeFilter::small:
-      return size < mediumFrom;
-    case SizeFilter::medium:
-      return size >= mediumFrom && size <= mediumUpTo;
-    case SizeFilter::large:
-      return size > mediumUpTo;
+  if (size < mediumFrom) {
+    return SizeFilter::small;
   }
-  return true;
+  return size <= mediumUpTo ? SizeFilter::medium : SizeFilter::large;
 }
-
-}  // namespace
 
 const char* label(AttachmentFilter filter) {
   switch (filter) {
@@ -107,12 +97,24 @@ bool SearchFilters::matches(const EmailMessage& message) const {
   }
   if (!passesAttachmentFilter(message, attachmentFilter, attachmentType) ||
       (onlyInConversations && message.conversationID.empty()) || (onlyHTML && !message.htmlBody) ||
-      !passesSizeFilter(message, sizeFilter)) {
+      (sizeFilter != SizeFilter::any && sizeClass(message) != sizeFilter)) {
     return false;
   }
   // All tests must hold, so their order does not show; the one that reads bodies comes last.
   return bodyQuery.empty() || bodyContains(message.plainBody, bodyQuery) ||
          bodyContains(message.htmlBody, bodyQuery);
+}
+
+SearchFilters SearchFilters::textFilters() const {
+  SearchFilters text;
+  text.subjectQuery = subjectQuery;
+  text.bodyQuery = bodyQuery;
+  text.fromQuery = fromQuery;
+  if (attachmentFilter == AttachmentFilter::withAttachments && !attachmentType.empty()) {
+    text.attachmentFilter = attachmentFilter;
+    text.attachmentType = attachmentType;
+  }
+  return text;
 }
 
 std::string SearchFilters::summary() const {

@@ -11,6 +11,9 @@ namespace tidewrack {
 enum class AttachmentFilter { any, withAttachments, withoutAttachments };
 enum class SizeFilter { any, small, medium, large };
 
+/// The class of a message by the bytes of its attachments' data; never `any`. Bodies do not count.
+SizeFilter sizeClass(const EmailMessage& message);
+
 /// The texts of the two pickers.
 const char* label(AttachmentFilter filter);
 const char* label(SizeFilter filter);
@@ -39,6 +42,8 @@ struct SearchFilters {
   /// Whether the message passes every filter. Reads bodies only for a body query that the earlier tests
   /// have left undecided. Safe from any thread.
   [[nodiscard]] bool matches(const EmailMessage& message) const;
+  /// The filters that look into the texts of a message, without the others. Not active when there are none.
+  [[nodiscard]] SearchFilters textFilters() const;
   /// One line for the dialog, in Spanish.
   [[nodiscard]] std::string summary() const;
 

@@ -97,12 +97,5 @@ TEST(GmailLabels, RawValuesReadBack) {
   EXPECT_EQ(systemMailboxFromRawValue("Inbox"), std::nullopt);
 }
 
-TEST(LabelResolver, GivesTheSameAnswerAgain) {
-  LabelResolver resolver;
-  const auto first = resolver.resolve(" Work / Done/ ");
-  EXPECT_EQ(first.path, "Work/Done");
-  EXPECT_EQ(resolver.resolve(" Work / Done/ "), first);
-}
-
 }  // namespace
 }  // namespace tidewrack
