@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "classify/message_text.h"
 #include "platform/localized.h"
 #include "platform/log.h"
 
@@ -11,11 +12,6 @@ namespace {
 
 const Logger& logger() {
   return Logger::of("ContentView");
-}
-
-std::shared_ptr<const EmailMessage> findMessage(const SharedMessageList& list, const Text& id) {
-  const auto found = std::ranges::find_if(list, [&id](const auto& message) { return message->id == id; });
-  return found != list.end() ? *found : nullptr;
 }
 
 // The present list with `added` put in by id, newest first.
@@ -57,8 +53,8 @@ ContentView::ContentView(ContentViewServices services)
       modelContext_(std::make_shared<ModelContext>(services_.container->newContext())) {
   advancedFilters.set(SearchFilters::defaults(services_.executor.now()));
   derivedInput_ = derivedInput();
-  cachedConversationCounts.set(derived_.conversationCounts);
-  cachedCategoryCounts.set(derived_.categoryCounts);
+  cachedConversationCounts.set(derived_.counts.conversations);
+  cachedCategoryCounts.set(derived_.counts.categories);
   followSettings();
   reactToChanges();
 }
@@ -79,6 +75,7 @@ void ContentView::followSettings() {
 void ContentView::reactToChanges() {
   sidebarSelection.setReaction([this] { recompute(true); });
   messages.setReaction([this] {
+    keepIndexedMessages();
     recompute(false);
     refreshSearchIndexInBackground();
     refreshDiscoveredLibraries();
@@ -140,17 +137,25 @@ std::shared_ptr<const EmailMessage> ContentView::selectedMessage() const {
     return nullptr;
   }
   if (selectionSearchedFor_ != id || !selectionSearchedIn_.isSame(messages())) {
-    selectedMessage_ = findMessage(messages(), *id);
+    const auto position = positionOf(*id);
+    selectedMessage_ = position ? messages()[*position] : nullptr;
     selectionSearchedFor_ = id;
     selectionSearchedIn_ = messages();
   }
   return selectedMessage_;
 }
 
+std::optional<std::size_t> ContentView::positionOf(const Text& id) const {
+  if (derived_.facts && derived_.facts->list().isSame(messages())) {
+    return derived_.facts->positionOf(id);
+  }
+  const auto found =
+      std::ranges::find_if(messages(), [&id](const auto& message) { return message->id == id; });
+  return found != messages().end() ? std::optional<std::size_t>(found - messages().begin()) : std::nullopt;
+}
+
 std::int64_t ContentView::conversationCount(const Text& conversationID) const {
-  const auto& counts = *cachedConversationCounts();
-  const auto found = counts.find(conversationID);
-  return found != counts.end() ? found->second : 0;
+  return cachedConversationCounts()->of(conversationID);
 }
 
 std::vector<std::string_view> ContentView::categoriesInScope() const {
@@ -202,12 +207,14 @@ void ContentView::recompute(bool selectFirst) {
   DerivedInput input = derivedInput();
   if (prepared_ && isSameInput(prepared_->first, input)) {
     adopt(std::move(input), prepared_->second);
-  } else if (derivationCost(input, derivedInput_) <= services_.synchronousLimit) {
+  } else if (derivationCost(input, derivedInput_, derived_) <= services_.synchronousLimit) {
     DerivedState state = deriveState(input, derivedInput_, derived_);
     adopt(std::move(input), std::move(state));
   } else {
     selectsFirstAfterRecompute_ = selectsFirstAfterRecompute_ || selectFirst;
-    if (!isRecomputing_) {
+    if (isRecomputing_) {
+      stopStaleDerivation(input);
+    } else {
       recomputeInBackground();
     }
     return;
@@ -217,23 +224,43 @@ void ContentView::recompute(bool selectFirst) {
   }
 }
 
+// Work on another question than the present one would only keep this one waiting. Work on the same question
+// over other messages goes on: its result is a good start for the present ones.
+void ContentView::stopStaleDerivation(const DerivedInput& input) {
+  if (backgroundCancelled_ && !isSameQuestion(backgroundInput_, input)) {
+    backgroundCancelled_->store(true, std::memory_order_relaxed);
+  }
+}
+
 Task<> ContentView::recomputeInBackground() {
   isRecomputing_ = true;
   while (true) {
-    DerivedInput input = derivedInput();
-    if (isSameInput(input, derivedInput_)) {
+    backgroundInput_ = derivedInput();
+    if (isSameInput(backgroundInput_, derivedInput_)) {
       break;
     }
-    auto derive = [input, earlierInput = derivedInput_, earlier = derived_] {
-      return deriveState(input, earlierInput, earlier);
+    backgroundCancelled_ = std::make_shared<std::atomic<bool>>(false);
+    auto derive = [input = backgroundInput_, earlierInput = derivedInput_, earlier = derived_,
+                   cancelled = backgroundCancelled_] {
+      return deriveState(input, earlierInput, earlier, cancelled.get());
     };
-    DerivedState state = co_await inBackground(services_.executor, TaskPriority::userInitiated, derive);
+    DerivedState state =
+        co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(derive));
     // The fields may have moved on meanwhile; only what belongs to them now may stand.
-    if (isSameInput(input, derivedInput())) {
-      adopt(std::move(input), std::move(state));
+    DerivedInput present = derivedInput();
+    const DerivedInput input = backgroundInput_;
+    if (state.isComplete && isSameInput(input, present)) {
+      adopt(std::move(present), std::move(state));
+    } else if (state.isComplete && derivationCost(present, input, state) <= services_.synchronousLimit) {
+      DerivedState following = deriveState(present, input, state);
+      adopt(std::move(present), std::move(following));
+    } else if (state.textOutcomes) {
+      derived_.textOutcomes = std::move(state.textOutcomes);  // What has been read need not be read again.
     }
   }
   isRecomputing_ = false;
+  backgroundInput_ = {};
+  backgroundCancelled_.reset();
   if (std::exchange(selectsFirstAfterRecompute_, false)) {
     selectFirstFilteredMessage();
   }
@@ -263,16 +290,29 @@ void ContentView::adopt(DerivedInput input, DerivedState state) {
   const auto adoption = ++adoptions_;
   cachedFilteredMessages.set(derived_.filteredMessages);
   if (adoption == adoptions_) {
-    cachedConversationCounts.set(derived_.conversationCounts);
+    cachedConversationCounts.set(derived_.counts.conversations);
+  }
+  if (adoption == adoptions_ && earlier.counts.labelClassification != derived_.counts.labelClassification) {
+    cachedLabelClassification.set(*derived_.counts.labelClassification);
   }
   if (adoption == adoptions_) {
-    cachedLabelClassification.set(derived_.labelClassification);
+    cachedCategoryCounts.set(derived_.counts.categories);
   }
-  if (adoption == adoptions_) {
-    cachedCategoryCounts.set(derived_.categoryCounts);
-  }
-  if (!earlier.filteredMessages.isSame(derived_.filteredMessages)) {
+  if (earlier.facts != derived_.facts || !earlier.filteredMessages.isSame(derived_.filteredMessages)) {
     releaseInBackground(std::move(earlier));
+  }
+}
+
+// A list in which only categories have changed has the same words in the same places.
+void ContentView::keepIndexedMessages() {
+  constexpr std::size_t mostChanges = 256;
+  const auto changes = SharedMessageList::differences(indexedMessages_, messages(), mostChanges);
+  if (changes && std::ranges::all_of(*changes, [this](std::uint32_t position) {
+        const EmailMessage& before = *indexedMessages_[position];
+        const EmailMessage& after = *messages()[position];
+        return before.id == after.id && haveSameSearchableText(before, after);
+      })) {
+    indexedMessages_ = messages();
   }
 }
 
@@ -295,6 +335,7 @@ Task<> ContentView::rebuildSearchIndex() {
       FullTextSearchIndex index =
           co_await inBackground(services_.executor, TaskPriority::utility, std::move(build));
       releaseInBackground(std::exchange(indexedMessages_, list));
+      keepIndexedMessages();
       searchIndex.set(std::move(index));
     } catch (const std::exception& failure) {
       // A body whose row has gone: the list that replaces this one is built next. Otherwise the store cannot
@@ -383,13 +424,15 @@ Task<> ContentView::changeMessages(MessagesChange change, std::function<void()> 
   const auto turn = co_await messagesLock_.turn(services_.executor);
   while (true) {
     SharedMessageList present = messages();
-    auto prepare = [change, input = derivedInput(), selectedID = selectedMessageID()] {
+    auto prepare = [change, input = derivedInput(), earlierInput = derivedInput_, earlier = derived_,
+                    selectedID = selectedMessageID()] {
       Prepared prepared;
       prepared.input = input;
       prepared.input.messages = change(input.messages);
-      prepared.state = deriveState(prepared.input);
+      prepared.state = deriveState(prepared.input, earlierInput, earlier);
       if (selectedID) {
-        prepared.selected = findMessage(prepared.input.messages, *selectedID);
+        const auto position = prepared.state.facts->positionOf(*selectedID);
+        prepared.selected = position ? prepared.input.messages[*position] : nullptr;
       }
       return prepared;
     };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
@@ -65,9 +66,9 @@ struct ContentViewServices {
   bool maintainsSearchIndex = true;
   /// The made-up mail of the launch modes that show it; empty where there is none.
   std::function<DemoLibrary()> demoLibrary = {};
-  /// Lists up to this size are filtered and counted at once; larger ones in the background, so that the
-  /// main thread never stalls. The result is the same.
-  std::size_t synchronousLimit = 20'000;
+  /// What costs up to this much (see derivationCost) is filtered and counted at once; the rest in the
+  /// background, so that the main thread never stalls. The result is the same.
+  std::size_t synchronousLimit = 2'000'000;
 };
 
 /// The one controller of the main window: all mutable state of the screen, the reactions that join its
@@ -203,6 +204,10 @@ class ContentView {
   void reactToChanges();
   [[nodiscard]] DerivedInput derivedInput() const;
   void recompute(bool selectFirst);
+  void stopStaleDerivation(const DerivedInput& input);
+  void keepIndexedMessages();
+  /// Where the first loaded message with this id stands. Quick while the derived state is current.
+  [[nodiscard]] std::optional<std::size_t> positionOf(const Text& id) const;
   void adopt(DerivedInput input, DerivedState state);
   Task<> recomputeInBackground();
   Task<> rebuildSearchIndex();
@@ -238,6 +243,7 @@ class ContentView {
   // startup_flow.cc
   Task<> loadStoredMail();
   Task<> showDemoLibrary();
+  void showCategory(const Text& id, const Text& category);
   /// Replaces the stored tokens by those of the loaded messages, once these are indexed. Throws what the
   /// store reports.
   Task<> rewriteStoredTokens();
@@ -260,6 +266,8 @@ class ContentView {
   std::optional<std::pair<DerivedInput, DerivedState>> prepared_;  ///< For the list about to be assigned.
   std::uint64_t adoptions_ = 0;
   bool isRecomputing_ = false;
+  DerivedInput backgroundInput_;  ///< What is being worked out in the background.
+  std::shared_ptr<std::atomic<bool>> backgroundCancelled_;
   bool selectsFirstAfterRecompute_ = false;
   std::vector<std::function<void()>> derivedStateWaiters_;
 

@@ -1,230 +1,233 @@
 #include "screen/derived_state.h"
 
 #include <algorithm>
-#include <unordered_set>
+#include <utility>
 
-#include "platform/failure.h"
 #include "platform/unicode.h"
 
 namespace tidewrack {
-
 namespace {
 
-constexpr std::size_t costOfReadingABody = 100;
-
-const Text* selectedLibrary(const DerivedInput& input) {
-  const auto* library =
-      input.sidebarSelection ? input.sidebarSelection->as<SidebarSelection::Library>() : nullptr;
-  return library ? &library->id : nullptr;
-}
+// In looks at the facts of a message.
+constexpr std::size_t costOfMakingFacts = 100;
+constexpr std::size_t costOfMatchingText = 100;
+constexpr std::size_t costOfReadingABody = 10'000;
+// A list that differs from the earlier one in more messages is taken as a new one.
+constexpr std::size_t mostChanges = 256;
 
 std::string_view trimmedSearch(const DerivedInput& input) {
   return trimWhitespaceAndNewlines(input.searchText);
 }
 
-bool isSameScope(const DerivedInput& a, const DerivedInput& b) {
-  const Text* libraryA = selectedLibrary(a);
-  const Text* libraryB = selectedLibrary(b);
-  const bool isSameLibrary = libraryA && libraryB ? *libraryA == *libraryB : libraryA == libraryB;
-  return isSameLibrary && a.messages.isSame(b.messages);
+// Whether the search finds the same in both, apart from messages that differ.
+bool hasSameHits(const DerivedInput& a, const DerivedInput& b) {
+  const auto search = trimmedSearch(a);
+  return search == trimmedSearch(b) && (search.empty() || a.searchIndex == b.searchIndex);
 }
 
-// Whether the sidebar or the advanced filters narrow the scope.
-bool narrowsScope(const DerivedInput& input) {
-  const bool isScopeAlone = !input.sidebarSelection ||
-                            input.sidebarSelection->as<SidebarSelection::Library>() ||
-                            input.sidebarSelection->as<SidebarSelection::AllLibraries>();
-  return !isScopeAlone || input.advancedFilters.isActive();
-}
-
-// Decides for one message after the other. The label meanings are looked up once a label.
-class MessageFilter {
- public:
-  explicit MessageFilter(const DerivedInput& input)
-      : selection_(input.sidebarSelection), filters_(input.advancedFilters), isActive_(filters_.isActive()) {}
-
-  bool keeps(const EmailMessage& message) {
-    return passesSidebar(message) && (!isActive_ || passesFilters(message));
-  }
-
- private:
-  bool passesSidebar(const EmailMessage& message) {
-    if (!selection_) {
-      return true;
-    }
-    if (const auto* mailbox = selection_->as<SidebarSelection::Mailbox>()) {
-      return std::ranges::any_of(message.labels,
-                                 [&](const Text& label) { return mailboxOf(label) == mailbox->mailbox; });
-    }
-    if (const auto* category = selection_->as<SidebarSelection::GmailCategory>()) {
-      return std::ranges::any_of(message.labels,
-                                 [&](const Text& label) { return categoryOf(label) == category->category; });
-    }
-    if (const auto* label = selection_->as<SidebarSelection::Label>()) {
-      return std::ranges::any_of(message.labels,
-                                 [&](const Text& candidate) { return isAtOrBelow(candidate, label->path); });
-    }
-    if (const auto* category = selection_->as<SidebarSelection::Category>()) {
-      return message.category && *message.category == category->name;
-    }
-    return true;
-  }
-
-  bool passesFilters(const EmailMessage& message) const {
-    try {
-      return filters_.matches(message);
-    } catch (const Failure&) {
-      return false;  // Its stored body has gone meanwhile; the list that replaces this one is on its way.
-    }
-  }
-
-  // The matchers themselves, without the precedence of noise: a label is asked for its mailbox or tab alone.
-  std::optional<GmailSystemMailbox> mailboxOf(const Text& label) {
-    const auto found = mailboxes_.find(label);
-    return found != mailboxes_.end() ? found->second
-                                     : mailboxes_.emplace(label, matchingSystemMailbox(label)).first->second;
-  }
-  std::optional<GmailCategoryFolder> categoryOf(const Text& label) {
-    const auto found = categories_.find(label);
-    return found != categories_.end()
-               ? found->second
-               : categories_.emplace(label, matchingCategoryFolder(label)).first->second;
-  }
-
-  bool isAtOrBelow(const Text& label, const Text& path) {
-    const LabelMeaning& meaning = resolver_.resolve(label);
-    if (meaning.kind != LabelMeaning::Kind::user || meaning.filterText.empty()) {
-      return false;
-    }
-    const std::string_view text = meaning.filterText;
-    return text.starts_with(path.view()) && (text.size() == path.size() || text[path.size()] == '/');
-  }
-
-  const std::optional<SidebarSelection>& selection_;
-  const SearchFilters& filters_;
-  bool isActive_;
-  std::unordered_map<Text, std::optional<GmailSystemMailbox>> mailboxes_;
-  std::unordered_map<Text, std::optional<GmailCategoryFolder>> categories_;
-  LabelResolver resolver_;
+// The facts of the input's list, and where they differ from the earlier ones; nothing when they are new.
+struct Facts {
+  std::shared_ptr<const MessageFacts> facts;
+  std::optional<Positions> changes;
 };
 
-std::shared_ptr<const ConversationCounts> countConversations(const MessageList& scope) {
-  auto counts = std::make_shared<ConversationCounts>();
-  counts->reserve(scope.size());
-  for (const auto& message : scope) {
-    ++(*counts)[message->conversationID];
-  }
-  return counts;
+std::optional<Positions> changesSince(const DerivedInput& input, const DerivedState& earlier) {
+  return earlier.facts ? SharedMessageList::differences(earlier.facts->list(), input.messages, mostChanges)
+                       : std::nullopt;
 }
 
-std::shared_ptr<const CategoryCounts> countCategories(const MessageList& scope) {
-  auto counts = std::make_shared<CategoryCounts>();
-  for (const auto& message : scope) {
-    if (message->category && !message->category->empty()) {
-      ++(*counts)[*message->category];
+Facts factsOf(const DerivedInput& input, const DerivedState& earlier) {
+  if (auto changes = changesSince(input, earlier)) {
+    if (changes->empty() && earlier.facts->list().isSame(input.messages)) {
+      return {earlier.facts, std::move(changes)};
+    }
+    if (auto facts = earlier.facts->replacing(input.messages, *changes)) {
+      return {std::move(facts), std::move(changes)};
     }
   }
-  return counts;
+  return {MessageFacts::of(input.messages), std::nullopt};
 }
 
-std::shared_ptr<const LibraryCounts> countLibraries(const MessageList& messages) {
-  auto counts = std::make_shared<LibraryCounts>();
-  for (const auto& message : messages) {
-    ++(*counts)[message->sourceLibraryID];
+/// Works out the filtered list of one input.
+class Filtering {
+ public:
+  Filtering(const DerivedInput& input, const MessageFacts& facts,
+            std::shared_ptr<const TextOutcomes> earlierOutcomes, const std::atomic<bool>* cancelled)
+      : input_(input),
+        facts_(facts),
+        filter_(input.sidebarSelection, input.advancedFilters, facts),
+        outcomes_(std::move(earlierOutcomes)),
+        cancelled_(cancelled) {
+    const SearchFilters textFilters = input.advancedFilters.textFilters();
+    looksIntoTexts_ = textFilters.isActive();
+    if (looksIntoTexts_) {
+      outcomes_ = TextOutcomes::carriedOver(outcomes_, textFilters, facts);
+    }
   }
-  return counts;
-}
+
+  /// The list from nothing.
+  SharedMessageList all() {
+    const auto search = trimmedSearch(input_);
+    if (search.empty() && filter_.isOpen()) {
+      return input_.messages;
+    }
+    Positions kept;
+    if (search.empty()) {
+      kept = filter_.positions();
+    } else {
+      // The index tells places by text. A hit stands for its id, so where ids repeat they are asked for.
+      kept = input_.indexedMessages.isSame(input_.messages) && facts_.repeated().empty()
+                 ? input_.searchIndex.positionsMatching(search)
+                 : facts_.positionsOf(input_.searchIndex.matchingMessageIDs(search));
+      if (!filter_.isOpen()) {
+        std::erase_if(kept, [&](std::uint32_t position) { return !filter_.keeps(position); });
+      }
+    }
+    if (looksIntoTexts_) {
+      isComplete_ = keepPassing(kept, outcomes_, cancelled_);
+    }
+    return listOf(std::make_shared<Positions>(std::move(kept)));
+  }
+
+  /// The same, when `before` was the list of the same question and only the messages at `changes` are others.
+  /// Nothing where that does not tell.
+  std::optional<SharedMessageList> following(const SharedMessageList& before, const MessageFacts& factsBefore,
+                                             const Positions& changes) {
+    Positions coming;
+    Positions going;
+    for (const auto position : changes) {
+      const bool was = !before.positions() || std::ranges::binary_search(*before.positions(), position);
+      const bool passes = keeps(position);
+      // A message that was not there may have been kept out by the filters, or have been no hit.
+      if (!was && passes && !trimmedSearch(input_).empty()) {
+        if (!MessageFilter(input_.sidebarSelection, input_.advancedFilters, factsBefore).keeps(position) ||
+            looksIntoTexts_) {
+          return std::nullopt;
+        }
+        continue;
+      }
+      if (was != passes) {
+        (passes ? coming : going).push_back(position);
+      }
+    }
+    if (coming.empty() && going.empty()) {
+      return before.positions() ? SharedMessageList::part(input_.messages, before.positions())
+                                : input_.messages;
+    }
+    if (!before.positions()) {
+      return std::nullopt;
+    }
+    auto kept = std::make_shared<Positions>();
+    kept->reserve(before.size() + coming.size());
+    std::ranges::set_difference(*before.positions(), going, std::back_inserter(*kept));
+    const auto middle = static_cast<std::ptrdiff_t>(kept->size());
+    kept->insert(kept->end(), coming.begin(), coming.end());
+    std::inplace_merge(kept->begin(), kept->begin() + middle, kept->end());
+    return listOf(std::move(kept));
+  }
+
+  [[nodiscard]] bool isComplete() const { return isComplete_; }
+  [[nodiscard]] const std::shared_ptr<const TextOutcomes>& outcomes() const { return outcomes_; }
+
+ private:
+  bool keeps(std::uint32_t position) {
+    if (!filter_.keeps(position)) {
+      return false;
+    }
+    Positions one = {position};
+    return !looksIntoTexts_ || (keepPassing(one, outcomes_, nullptr) && !one.empty());
+  }
+
+  [[nodiscard]] SharedMessageList listOf(std::shared_ptr<Positions> positions) const {
+    return positions->size() == input_.messages.size()
+               ? input_.messages
+               : SharedMessageList::part(input_.messages, std::move(positions));
+  }
+
+  const DerivedInput& input_;
+  const MessageFacts& facts_;
+  MessageFilter filter_;
+  std::shared_ptr<const TextOutcomes> outcomes_;
+  const std::atomic<bool>* cancelled_;
+  bool looksIntoTexts_ = false;
+  bool isComplete_ = true;
+};
 
 }  // namespace
 
+bool isSameQuestion(const DerivedInput& a, const DerivedInput& b) {
+  return a.sidebarSelection == b.sidebarSelection && a.advancedFilters == b.advancedFilters &&
+         trimmedSearch(a) == trimmedSearch(b);
+}
+
 bool isSameInput(const DerivedInput& a, const DerivedInput& b) {
-  const auto search = trimmedSearch(a);
-  return a.messages.isSame(b.messages) && a.sidebarSelection == b.sidebarSelection &&
-         a.advancedFilters == b.advancedFilters && search == trimmedSearch(b) &&
-         (search.empty() || a.searchIndex == b.searchIndex);
+  return a.messages.isSame(b.messages) && isSameQuestion(a, b) && hasSameHits(a, b);
 }
 
 SharedMessageList scopedMessages(const DerivedInput& input) {
-  const Text* library = selectedLibrary(input);
-  if (!library) {
-    return input.messages;
+  DerivedInput scope;
+  scope.messages = input.messages;
+  if (input.sidebarSelection && input.sidebarSelection->as<SidebarSelection::Library>() != nullptr) {
+    scope.sidebarSelection = input.sidebarSelection;
   }
-  MessageList scope;
-  for (const auto& message : input.messages) {
-    if (message->sourceLibraryID == *library) {
-      scope.push_back(message);
-    }
-  }
-  return scope.size() == input.messages.size() ? input.messages : SharedMessageList(std::move(scope));
-}
-
-SharedMessageList filteredMessages(const DerivedInput& input, const SharedMessageList& scope) {
-  const auto search = trimmedSearch(input);
-  if (search.empty() && !narrowsScope(input)) {
-    return scope;
-  }
-  MessageFilter filter(input);
-  MessageList kept;
-  if (search.empty()) {
-    std::ranges::copy_if(scope, std::back_inserter(kept),
-                         [&](const auto& message) { return filter.keeps(*message); });
-  } else if (input.indexedMessages.isSame(input.messages)) {
-    // The index knows the places of its hits in the whole list, so nothing else is looked at.
-    const Text* library = selectedLibrary(input);
-    for (const auto position : input.searchIndex.positionsMatching(search)) {
-      const auto& message = input.messages[position];
-      if ((!library || message->sourceLibraryID == *library) && filter.keeps(*message)) {
-        kept.push_back(message);
-      }
-    }
-  } else {
-    const auto ids = input.searchIndex.matchingMessageIDs(search);
-    if (!ids.empty()) {
-      std::ranges::copy_if(scope, std::back_inserter(kept), [&](const auto& message) {
-        return ids.contains(message->id) && filter.keeps(*message);
-      });
-    }
-  }
-  return kept;
+  return deriveState(scope).filteredMessages;
 }
 
 DerivedState deriveState(const DerivedInput& input, const DerivedInput& earlierInput,
-                         const DerivedState& earlier) {
+                         const DerivedState& earlier, const std::atomic<bool>* cancelled) {
   DerivedState state;
-  const SharedMessageList scope = scopedMessages(input);
-  state.filteredMessages = filteredMessages(input, scope);
-  if (isSameScope(input, earlierInput)) {
-    state.conversationCounts = earlier.conversationCounts;
-    state.labelClassification = earlier.labelClassification;
-    state.categoryCounts = earlier.categoryCounts;
+  auto [facts, changes] = factsOf(input, earlier);
+  state.facts = facts;
+  const ScopeLibrary library = scopeLibrary(input.sidebarSelection, *facts);
+  if (changes) {
+    state.libraryCounts = earlier.libraryCounts;
+    state.allCounts = recountScope(earlier.allCounts, *earlier.facts, *facts, *changes, std::nullopt);
   } else {
-    state.conversationCounts = countConversations(scope);
-    state.labelClassification = LabelClassification::classify(scope);
-    state.categoryCounts = countCategories(scope);
+    state.libraryCounts = std::make_shared<LibraryCounts>(countLibraries(*facts));
+    state.allCounts = countScope(*facts, std::nullopt);
   }
-  state.libraryCounts =
-      input.messages.isSame(earlierInput.messages) ? earlier.libraryCounts : countLibraries(input.messages);
+  if (!library) {
+    state.counts = state.allCounts;
+  } else if (changes && library == scopeLibrary(earlierInput.sidebarSelection, *facts)) {
+    state.counts = recountScope(earlier.counts, *earlier.facts, *facts, *changes, library);
+  } else {
+    state.counts = countScope(*facts, library);
+  }
+
+  Filtering filtering(input, *facts, earlier.textOutcomes, cancelled);
+  std::optional<SharedMessageList> list;
+  if (changes && earlier.isComplete && isSameQuestion(input, earlierInput) &&
+      hasSameHits(input, earlierInput)) {
+    list = filtering.following(earlier.filteredMessages, *earlier.facts, *changes);
+  }
+  state.filteredMessages = list ? *std::move(list) : filtering.all();
+  state.isComplete = filtering.isComplete();
+  state.textOutcomes = filtering.outcomes();
   return state;
 }
 
 DerivedState deriveState(const DerivedInput& input) {
-  // Its list is another object than that of any input, and so is taken over by nobody.
-  DerivedInput nothing;
-  nothing.messages = SharedMessageList(MessageList());
-  return deriveState(input, nothing, DerivedState());
+  return deriveState(input, DerivedInput(), DerivedState());
 }
 
-std::size_t derivationCost(const DerivedInput& input, const DerivedInput& earlierInput) {
-  std::size_t cost = 0;
-  if (!isSameScope(input, earlierInput) || selectedLibrary(input)) {
-    cost += input.messages.size();
+std::size_t derivationCost(const DerivedInput& input, const DerivedInput& earlierInput,
+                           const DerivedState& earlier) {
+  const std::size_t all = input.messages.size();
+  const auto changes = changesSince(input, earlier);
+  if (!changes) {
+    return all * costOfMakingFacts;
   }
-  const bool finds = !trimmedSearch(input).empty();
-  if (narrowsScope(input)) {
-    const bool readsBodies = !input.advancedFilters.bodyQuery.empty();
-    cost += input.messages.size() * (readsBodies ? costOfReadingABody : 1);
-  } else if (finds && !input.indexedMessages.isSame(input.messages)) {
-    cost += input.messages.size();
+  std::size_t cost = changes->size();
+  const SearchFilters textFilters = input.advancedFilters.textFilters();
+  if (textFilters.isActive()) {
+    const bool isKnown =
+        earlier.textOutcomes && earlier.textOutcomes->filters == textFilters &&
+        SharedMessageList::differences(earlier.textOutcomes->messages, input.messages, mostChanges);
+    const std::size_t unknown = isKnown ? earlier.textOutcomes->unknownCount + changes->size() : all;
+    cost += unknown * (textFilters.bodyQuery.empty() ? costOfMatchingText : costOfReadingABody);
+  }
+  if (!isSameQuestion(input, earlierInput) || !hasSameHits(input, earlierInput)) {
+    cost += all;
   }
   return cost;
 }

@@ -40,7 +40,7 @@ SidebarSection librariesSection(const ContentView& screen) {
   SidebarRow all;
   all.title = allLibrariesTitle();
   all.icon = "tray.2.fill";
-  all.badge.count = std::ssize(screen.messages().get());
+  all.badge.count = static_cast<std::int64_t>(screen.messages().size());
   all.identifier = "sidebar.allLibraries";
   section.rows.push_back(std::move(all));
   for (const auto& library : screen.libraries()) {

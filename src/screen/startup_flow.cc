@@ -134,18 +134,11 @@ void ContentView::startCategorizationIfNeeded() {
 }
 
 Task<> ContentView::setCategory(Text id, Text category) {
-  MessagesChange change = [id, category](const SharedMessageList& present) {
-    MessageList changed = present;
-    const auto found =
-        std::ranges::find(changed, id, [](const auto& message) -> const Text& { return message->id; });
-    if (found != changed.end()) {
-      auto message = std::make_shared<EmailMessage>(**found);
-      message->category = category;
-      *found = std::move(message);
-    }
-    return changed;
-  };
-  co_await changeMessages(std::move(change), nullptr);
+  {
+    // A change of the list that is under way would have to begin again.
+    const auto turn = co_await messagesLock_.turn(services_.executor);
+    showCategory(id, category);
+  }
   const auto turn = co_await modelContextLock_.turn(services_.executor);
   auto store = [id, category, context = modelContext_] { updateCategory(id, category, *context); };
   try {
@@ -153,6 +146,16 @@ Task<> ContentView::setCategory(Text id, Text category) {
   } catch (const std::exception&) {
     // It keeps its category on the screen and is categorised again in a later run.
   }
+}
+
+void ContentView::showCategory(const Text& id, const Text& category) {
+  const auto position = positionOf(id);
+  if (!position) {
+    return;
+  }
+  auto changed = std::make_shared<EmailMessage>(*messages()[*position]);
+  changed->category = category;
+  messages.set(messages().replacing(*position, std::move(changed)));
 }
 
 }  // namespace tidewrack

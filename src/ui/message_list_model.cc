@@ -22,6 +22,16 @@ MessageListModel::MessageListModel()
     : Glib::ObjectBase(typeid(MessageListModel)), Gio::ListModel(), Glib::Object() {}
 
 void MessageListModel::replace(SharedMessageList messages, std::shared_ptr<const ConversationCounts> counts) {
+  if (counts == counts_) {
+    constexpr std::size_t fewRows = 50;
+    if (const auto changes = SharedMessageList::differences(messages_, messages, fewRows)) {
+      messages_ = std::move(messages);
+      for (const auto position : *changes) {
+        items_changed(position, 1, 1);
+      }
+      return;
+    }
+  }
   const guint before = announced_;
   std::swap(messages_, messages);  // The old list goes at the end, when nobody asks for it any more.
   counts_ = std::move(counts);
@@ -58,8 +68,8 @@ gpointer MessageListModel::get_item_vfunc(guint position) {
   }
   ++itemsMade_;
   const auto& message = messages_[position];
-  const auto count = counts_->find(message->conversationID);
-  const auto item = MessageListItem::create(message, count == counts_->end() ? 1 : count->second);
+  const auto count = counts_->of(message->conversationID);
+  const auto item = MessageListItem::create(message, count == 0 ? 1 : count);
   return g_object_ref(item->gobj());
 }
 

@@ -35,9 +35,10 @@ class MessageListModel : public Gio::ListModel, public Glib::Object {
  public:
   static Glib::RefPtr<MessageListModel> create();
 
-  /// Puts `messages` in place of what was there; `counts` is not null and gives each conversation's size. The
-  /// change is told in two steps (all gone, all new): told in one, GTK would ask for every row in search of
-  /// the old selection.
+  /// Puts `messages` in place of what was there; `counts` is not null and gives each conversation's size.
+  /// Where only a few messages have been exchanged, only their rows are made anew. Otherwise the change is
+  /// told in two steps (all gone, all new): told in one, GTK would ask for every row in search of the old
+  /// selection.
   void replace(SharedMessageList messages, std::shared_ptr<const ConversationCounts> counts);
 
   /// Whether the model holds these very objects already.

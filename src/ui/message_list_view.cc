@@ -65,7 +65,8 @@ void MessageListView::makeSearchField() {
   search_.add_css_class("list-search");
   setIdentifier(search_, "messages.searchField");
   setAccessibleLabel(search_, placeholder);
-  search_.signal_search_changed().connect([this] { screen_.searchText.set(search_.get_text()); });
+  // At once, without the delay of "search-changed".
+  search_.signal_changed().connect([this] { screen_.searchText.set(search_.get_text()); });
   search_.signal_stop_search().connect([this] { search_.set_text(""); });
   search_.signal_activate().connect([this] { list_.grab_focus(); });
   auto* bar = Gtk::make_managed<Gtk::Box>();

@@ -63,7 +63,7 @@ class Screen : public ScreenWorld {
 TEST_F(Screen, StartsEmpty) {
   EXPECT_THAT(screen().messages().get(), IsEmpty());
   EXPECT_THAT(screen().cachedFilteredMessages().get(), IsEmpty());
-  EXPECT_THAT(*screen().cachedConversationCounts(), IsEmpty());
+  EXPECT_TRUE(screen().cachedConversationCounts()->empty());
   EXPECT_EQ(screen().cachedLabelClassification(), LabelClassification());
   EXPECT_FALSE(screen().selectedMessage());
   EXPECT_FALSE(screen().sidebarSelection());
@@ -509,9 +509,9 @@ TEST_F(Screen, WhatIsTakenOverFromBeforeEqualsAFullRecomputation) {
         deriveState({screen.messages(), screen.sidebarSelection(), screen.advancedFilters(),
                      screen.searchText(), index, SharedMessageList()});
     EXPECT_EQ(screen.cachedFilteredMessages(), expected.filteredMessages);
-    EXPECT_EQ(*screen.cachedConversationCounts(), *expected.conversationCounts);
-    EXPECT_EQ(screen.cachedLabelClassification(), expected.labelClassification);
-    EXPECT_EQ(*screen.cachedCategoryCounts(), *expected.categoryCounts);
+    EXPECT_EQ(*screen.cachedConversationCounts(), *expected.counts.conversations);
+    EXPECT_EQ(screen.cachedLabelClassification(), *expected.counts.labelClassification);
+    EXPECT_EQ(*screen.cachedCategoryCounts(), *expected.counts.categories);
     for (const Text id : {"L0", "L1", "L2", "L3"}) {
       EXPECT_EQ(screen.messageCount(id),
                 std::ranges::count(screen.messages(), id, [](const auto& m) { return m->sourceLibraryID; }));
