@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <glib.h>
+
 #include "platform/failure.h"
 #include "platform/files.h"
 #include "reading/avatar.h"
@@ -44,6 +46,28 @@ GravatarService::GravatarService(std::filesystem::path folder, std::string baseU
                                  std::chrono::seconds timeout)
     : diskCacheURL_(std::move(folder)), baseURL_(std::move(baseURL)), session_(timeout, largestPicture) {
   ignoringFileFailures([this] { createPrivateFolders(diskCacheURL_); });
+}
+
+GravatarService& GravatarService::shared() {
+  // Never destroyed: what is under way at the end of the program ends with it.
+  static auto& service = *[] {
+    auto folder = cachesFolder();
+    try {
+      createPrivateFolders(folder);
+    } catch (const FileFailure&) {
+      folder = g_get_tmp_dir();
+    }
+    return new GravatarService(folder / "Gravatar");
+  }();
+  return service;
+}
+
+void GravatarService::follow(Settings& settings) {
+  setting_ = settings.observe(SettingKey::avatarGravatarEnabled, [this, &settings] {
+    if (!settings.boolean(SettingKey::avatarGravatarEnabled)) {
+      clearCache();
+    }
+  });
 }
 
 std::filesystem::path GravatarService::pictureFile(std::string_view hash) const {

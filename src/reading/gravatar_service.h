@@ -10,6 +10,7 @@
 
 #include "platform/http_client.h"
 #include "platform/picture.h"
+#include "platform/settings.h"
 #include "platform/task.h"
 
 namespace tidewrack {
@@ -26,6 +27,14 @@ class GravatarService {
   /// service may be silent.
   explicit GravatarService(std::filesystem::path folder, std::string baseURL = std::string("https://") + defaultHost,
                            std::chrono::seconds timeout = std::chrono::seconds(8));
+
+  /// The one of the program, made when first asked for. Its folder is "Gravatar" in the folder for caches, or
+  /// in that for temporary files where there is none.
+  static GravatarService& shared();
+
+  /// Clears the cache whenever the setting avatarGravatarEnabled is turned off. Settings outlive the service
+  /// or are followed by others in their place.
+  void follow(Settings& settings);
 
   using PicturePointer = std::shared_ptr<const Picture>;
 
@@ -63,6 +72,7 @@ class GravatarService {
   std::filesystem::path diskCacheURL_;
   std::string baseURL_;
   HTTPClient session_;
+  Subscription setting_;
 };
 
 }  // namespace tidewrack

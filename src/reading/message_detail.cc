@@ -291,15 +291,9 @@ Task<> MessageDetail::readPlainText() {
   refreshBody();
 }
 
-Task<> MessageDetail::saveAttachment(std::size_t index, std::string path) {
-  const MessagePointer started = message();
-  if (!started || index >= started->attachments.size()) {
-    co_return;
-  }
+Task<> MessageDetail::saveAttachment(EmailAttachment attachment, std::string path) {
   const std::weak_ptr<int> alive = alive_;
-  const auto save = [data = started->attachments[index].data, path] {
-    writeFileAtomically(path, data.bytes());
-  };
+  const auto save = [data = attachment.data, path] { writeFileAtomically(path, data.bytes()); };
   std::optional<std::string> failureText;
   try {
     co_await inBackground(executor_, TaskPriority::userInitiated, save);

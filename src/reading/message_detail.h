@@ -101,8 +101,9 @@ class MessageDetail {
   [[nodiscard]] HTMLAppearance effectiveAppearance() const;
   [[nodiscard]] bool invertContent() const;
 
-  /// Reads an attachment and writes its bytes to a file. A failure goes to saveErrorMessage.
-  Task<> saveAttachment(std::size_t index, std::string path);
+  /// Reads an attachment and writes its bytes to a file, whichever message is shown by now. A failure goes to
+  /// saveErrorMessage.
+  Task<> saveAttachment(EmailAttachment attachment, std::string path);
 
   // The four operations of the intelligence row. Each sets its flag, and an error goes to intelligenceError.
   Task<> generateSummary();

@@ -44,6 +44,7 @@ class AttachmentRowView : public Gtk::Box {
   AttachmentRowView();
 
   void show(const AttachmentRow& row);
+  [[nodiscard]] std::size_t index() const { return index_; }
   /// The user wants the attachment of this number saved.
   sigc::signal<void(std::size_t index)>& signalSave() { return save_; }
 

@@ -19,6 +19,7 @@ AttachmentsView::AttachmentsView(MessageDetail& detail)
   expander_.set_hexpand(true);
   setIdentifier(expander_, "messageDetail.attachments");
   makeList();
+  addSaveShortcut();
   expander_.set_child(scroller_);
   append(expander_);
 
@@ -71,17 +72,41 @@ void AttachmentsView::save(std::size_t index) {
                                             *window, Gtk::FileChooser::Action::SAVE);
   chooser_->set_modal(true);
   chooser_->set_create_folders(true);
-  chooser_->set_current_name(safeFileName(message->attachments[index].fileName));
-  // Under another message the same number would be another attachment.
-  chooser_->signal_response().connect([this, message, index](int response) {
+  const EmailAttachment attachment = message->attachments[index];
+  chooser_->set_current_name(safeFileName(attachment.fileName));
+  // Another message may be shown when the answer comes; what was asked for is saved.
+  chooser_->signal_response().connect([this, attachment](int response) {
     const auto file = chooser_->get_file();
     chooser_.reset();
-    if (response == Gtk::ResponseType::ACCEPT && file && !file->get_path().empty() &&
-        detail_.message() == message) {
-      detail_.saveAttachment(index, file->get_path());
+    if (response == Gtk::ResponseType::ACCEPT && file && !file->get_path().empty()) {
+      detail_.saveAttachment(attachment, file->get_path());
     }
   });
   chooser_->show();
+}
+
+void AttachmentsView::addSaveShortcut() {
+  auto shortcuts = Gtk::ShortcutController::create();
+  shortcuts->add_shortcut(Gtk::Shortcut::create(
+      Gtk::KeyvalTrigger::create(GDK_KEY_s, Gdk::ModifierType::CONTROL_MASK),
+      Gtk::CallbackAction::create([this](Gtk::Widget&, const Glib::VariantBase&) { return saveFocused(); })));
+  add_controller(shortcuts);
+}
+
+// The focus is on a row's button, or on the list's item around the row.
+bool AttachmentsView::saveFocused() {
+  auto* window = dynamic_cast<Gtk::Window*>(get_root());
+  Gtk::Widget* focus = window != nullptr ? window->get_focus() : nullptr;
+  auto* row = focus != nullptr ? dynamic_cast<AttachmentRowView*>(focus->get_first_child()) : nullptr;
+  for (auto* widget = focus; row == nullptr && widget != nullptr && widget != this;
+       widget = widget->get_parent()) {
+    row = dynamic_cast<AttachmentRowView*>(widget);
+  }
+  if (row == nullptr) {
+    return false;
+  }
+  save(row->index());
+  return true;
 }
 
 }  // namespace tidewrack::ui

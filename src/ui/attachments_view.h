@@ -11,7 +11,8 @@
 
 namespace tidewrack::ui {
 
-/// The attachments of a message under its body, folded at first. Each can be saved.
+/// The attachments of a message under its body, folded at first. Each can be saved, with its button or, while
+/// it has the focus, with Control and S.
 class AttachmentsView : public Gtk::Box {
  public:
   explicit AttachmentsView(MessageDetail& detail);
@@ -23,6 +24,8 @@ class AttachmentsView : public Gtk::Box {
   void makeList();
   void showAttachments();
   void save(std::size_t index);
+  void addSaveShortcut();
+  bool saveFocused();
 
   MessageDetail& detail_;
   Gtk::Expander expander_;

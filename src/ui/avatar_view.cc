@@ -1,11 +1,13 @@
 #include "ui/avatar_view.h"
 
 #include "reading/avatar.h"
+#include "ui/picture_texture.h"
 #include "ui/style.h"
 
 namespace tidewrack::ui {
 
-AvatarView::AvatarView(int size) {
+AvatarView::AvatarView(int size, GravatarService& pictures, Settings& settings)
+    : avatar_(pictures, settings, [this] { showPicture(); }) {
   set_size_request(size, size);
   set_halign(Gtk::Align::CENTER);
   set_valign(Gtk::Align::CENTER);
@@ -20,11 +22,18 @@ AvatarView::AvatarView(int size) {
   initials_.set_hexpand(true);
   initials_.add_css_class("sender-initials");
   append(initials_);
+  picture_.set_keep_aspect_ratio(false);
+  picture_.set_can_shrink(true);
+  picture_.set_size_request(size, size);
+  picture_.set_hexpand(true);
+  picture_.set_visible(false);
+  append(picture_);
   gtk_accessible_update_state(GTK_ACCESSIBLE(gobj()), GTK_ACCESSIBLE_STATE_HIDDEN, TRUE, -1);
 }
 
 void AvatarView::show(const EmailAddress& address) {
   initials_.set_text(initials(address.name, address.address));
+  avatar_.setAddress(address.address);
   const std::string colour = colourClass(avatarColor(address.address));
   if (colour != colourClass_) {
     if (!colourClass_.empty()) {
@@ -33,6 +42,13 @@ void AvatarView::show(const EmailAddress& address) {
     add_css_class(colour);
     colourClass_ = colour;
   }
+}
+
+void AvatarView::showPicture() {
+  const auto texture = textureOf(avatar_.image());
+  picture_.set_paintable(texture);
+  picture_.set_visible(texture != nullptr);
+  initials_.set_visible(texture == nullptr);
 }
 
 }  // namespace tidewrack::ui

@@ -78,7 +78,8 @@ Gtk::Widget* makeBadge(const MessageBadge& badge) {
 
 }  // namespace
 
-DetailHeaderView::DetailHeaderView(MessageDetail& detail) : detail_(detail), avatar_(avatarSize) {
+DetailHeaderView::DetailHeaderView(MessageDetail& detail, Settings& settings)
+    : detail_(detail), avatar_(avatarSize, GravatarService::shared(), settings) {
   set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
   set_propagate_natural_height(true);
   set_max_content_height(maximumHeight);

@@ -17,7 +17,8 @@ namespace tidewrack::ui {
 /// recipients leave room for the mail.
 class DetailHeaderView : public Gtk::ScrolledWindow {
  public:
-  explicit DetailHeaderView(MessageDetail& detail);
+  /// Both outlive the view.
+  DetailHeaderView(MessageDetail& detail, Settings& settings);
 
   static constexpr int maximumHeight = 320;
 

@@ -25,7 +25,7 @@ MessageDetailView::MessageDetailView(ContentView& screen, IntelligenceService& i
     : Gtk::Box(Gtk::Orientation::VERTICAL),
       screen_(screen),
       detail_(screen.services().executor, screen.services().settings, intelligence),
-      header_(detail_),
+      header_(detail_, screen.services().settings),
       attachments_(detail_) {
   setIdentifier(page_, "messageDetail.root");
   setIdentifier(text_.view(), "messageDetail.text");

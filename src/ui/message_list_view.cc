@@ -13,10 +13,11 @@ namespace {
 constexpr const char* listPage = "list";
 constexpr const char* emptyPage = "empty";
 
-Glib::RefPtr<Gtk::SignalListItemFactory> makeRowFactory() {
+Glib::RefPtr<Gtk::SignalListItemFactory> makeRowFactory(Settings& settings) {
   auto factory = Gtk::SignalListItemFactory::create();
-  factory->signal_setup().connect(
-      [](const Glib::RefPtr<Gtk::ListItem>& item) { item->set_child(*Gtk::make_managed<MessageRowView>()); });
+  factory->signal_setup().connect([&settings](const Glib::RefPtr<Gtk::ListItem>& item) {
+    item->set_child(*Gtk::make_managed<MessageRowView>(GravatarService::shared(), settings));
+  });
   factory->signal_bind().connect([](const Glib::RefPtr<Gtk::ListItem>& item) {
     const auto message = std::dynamic_pointer_cast<MessageListItem>(item->get_item());
     auto* row = dynamic_cast<MessageRowView*>(item->get_child());
@@ -82,7 +83,7 @@ void MessageListView::makeList() {
   selection_->unselect_all();
   selection_->property_selected().signal_changed().connect([this] { selectionChosen(); });
   list_.set_model(selection_);
-  list_.set_factory(makeRowFactory());
+  list_.set_factory(makeRowFactory(screen_.services().settings));
   list_.set_show_separators(false);
   list_.add_css_class("message-list");
   setIdentifier(list_, "messages.list");

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "reading/display_text.h"
+#include "ui/picture_texture.h"
 #include "ui/row_painter.h"
 #include "ui/widgets.h"
 
@@ -30,7 +31,8 @@ constexpr RowPainter::Style caption{.scale = 0.82, .weight = Pango::Weight::NORM
 
 }  // namespace
 
-MessageRowView::MessageRowView() : Glib::ObjectBase("TidewrackMessageRow") {
+MessageRowView::MessageRowView(GravatarService& pictures, Settings& settings)
+    : Glib::ObjectBase("TidewrackMessageRow"), avatar_(pictures, settings, [this] { queue_draw(); }) {
   set_overflow(Gtk::Overflow::HIDDEN);
 }
 
@@ -41,6 +43,7 @@ void MessageRowView::show(const EmailMessage& message, std::int64_t conversation
   }
   initials_ = initials(message.from.name, message.from.address);
   avatarColour_ = avatarColor(message.from.address);
+  avatar_.setAddress(message.from.address);
   setIdentifier(*this, row_.identifier);
   setAccessibleLabel(*this, row_.subject + ", " + row_.sender + ", " + row_.dateText);
   queue_resize();
@@ -71,7 +74,11 @@ void MessageRowView::measure_vfunc(Gtk::Orientation orientation, int /*for_size*
 
 void MessageRowView::snapshot_vfunc(const Glib::RefPtr<Gtk::Snapshot>& snapshot) {
   RowPainter painter(*this, snapshot);
-  painter.avatar(padding, padding, avatarSize, avatarColour_, initials_);
+  if (const auto picture = textureOf(avatar_.image())) {
+    painter.avatar(padding, padding, avatarSize, picture);
+  } else {
+    painter.avatar(padding, padding, avatarSize, avatarColour_, initials_);
+  }
 
   const int left = padding + avatarSize + avatarGap;
   const int width = std::max(get_width() - left - padding, 1);

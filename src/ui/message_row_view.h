@@ -7,6 +7,7 @@
 #include "mail/records.h"
 #include "reading/avatar.h"
 #include "reading/message_row.h"
+#include "reading/sender_avatar.h"
 
 namespace tidewrack::ui {
 
@@ -15,7 +16,8 @@ namespace tidewrack::ui {
 /// its texts and lays them out only when it is drawn.
 class MessageRowView : public Gtk::Widget {
  public:
-  MessageRowView();
+  /// Both outlive the row.
+  MessageRowView(GravatarService& pictures, Settings& settings);
 
   void show(const EmailMessage& message, std::int64_t conversationCount);
 
@@ -29,6 +31,7 @@ class MessageRowView : public Gtk::Widget {
   MessageRow row_;
   std::string initials_;
   RGBColor avatarColour_;
+  SenderAvatar avatar_;
 };
 
 }  // namespace tidewrack::ui

@@ -157,4 +157,17 @@ void RowPainter::avatar(int x, int y, int size, const RGBColor& colour, const st
   snapshot_->restore();
 }
 
+void RowPainter::avatar(int x, int y, int size, const Glib::RefPtr<Gdk::Texture>& picture) {
+  const auto side = static_cast<float>(size);
+  const graphene_rect_t bounds = {{0, 0}, {side, side}};
+  GskRoundedRect circle;
+  gsk_rounded_rect_init_from_rect(&circle, &bounds, side / 2);
+  snapshot_->save();
+  moveTo(snapshot_, mirrored(x, size), y);
+  gtk_snapshot_push_rounded_clip(snapshot_->gobj(), &circle);
+  gtk_snapshot_append_texture(snapshot_->gobj(), picture->gobj(), &bounds);
+  gtk_snapshot_pop(snapshot_->gobj());
+  snapshot_->restore();
+}
+
 }  // namespace tidewrack::ui

@@ -33,6 +33,8 @@ class RowPainter {
   void symbol(std::string_view symbol, const Style& style, int x, int y, int size);
   /// A round avatar with initials.
   void avatar(int x, int y, int size, const RGBColor& colour, const std::string& initials);
+  /// A round avatar with a picture, stretched to its place.
+  void avatar(int x, int y, int size, const Glib::RefPtr<Gdk::Texture>& picture);
 
  private:
   Glib::RefPtr<Pango::Layout> makeLayout(const std::string& text, const Style& style);

@@ -340,14 +340,23 @@ TEST_F(MessageDetailTest, AnImageThatCannotBeReadLeavesTheBodyAsItIs) {
 
 TEST_F(MessageDetailTest, ASavedAttachmentHasItsBytes) {
   show(imageMessage("1"));
-  executor.finish(detail->saveAttachment(0, (folder / "saved.png").string()));
+  executor.finish(detail->saveAttachment(detail->message()->attachments[0], (folder / "saved.png").string()));
   EXPECT_EQ(readFile(folder / "saved.png"), "foo");
   EXPECT_EQ(detail->saveErrorMessage(), std::nullopt);
 }
 
+TEST_F(MessageDetailTest, AnAttachmentIsSavedAlthoughAnotherMessageIsShownByThen) {
+  show(imageMessage("1"));
+  const EmailAttachment attachment = detail->message()->attachments[0];
+  show(makeMessage("2"));
+  executor.finish(detail->saveAttachment(attachment, (folder / "saved.png").string()));
+  EXPECT_EQ(readFile(folder / "saved.png"), "foo");
+}
+
 TEST_F(MessageDetailTest, AnAttachmentThatCannotBeSavedRaisesTheAlert) {
   show(imageMessage("1"));
-  executor.finish(detail->saveAttachment(0, (folder / "no-such-folder/saved.png").string()));
+  executor.finish(detail->saveAttachment(detail->message()->attachments[0],
+                                         (folder / "no-such-folder/saved.png").string()));
   EXPECT_TRUE(detail->saveErrorMessage().has_value());
 }
 

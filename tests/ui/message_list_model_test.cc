@@ -40,8 +40,8 @@ class MessageListModelTest : public WidgetTest {
     selection_->set_autoselect(false);
     selection_->set_can_unselect(true);
     auto factory = Gtk::SignalListItemFactory::create();
-    factory->signal_setup().connect([](const Glib::RefPtr<Gtk::ListItem>& item) {
-      item->set_child(*Gtk::make_managed<MessageRowView>());
+    factory->signal_setup().connect([this](const Glib::RefPtr<Gtk::ListItem>& item) {
+      item->set_child(*Gtk::make_managed<MessageRowView>(service_, settings_));
     });
     factory->signal_bind().connect([](const Glib::RefPtr<Gtk::ListItem>& item) {
       const auto message = std::dynamic_pointer_cast<MessageListItem>(item->get_item());
@@ -58,6 +58,9 @@ class MessageListModelTest : public WidgetTest {
     runPending();
   }
 
+  TemporaryFolder folder_;
+  Settings settings_{folder_ / "settings.ini"};
+  GravatarService service_{folder_ / "Gravatar"};
   Glib::RefPtr<MessageListModel> model_;
   Glib::RefPtr<Gtk::SingleSelection> selection_;
   Gtk::ListView list_;

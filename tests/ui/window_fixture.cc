@@ -58,6 +58,35 @@ Gtk::Widget* findWidget(GtkWidget* root, const std::string& name) {
   return nullptr;
 }
 
+bool pressShortcut(Gtk::Widget& widget, guint key, Gdk::ModifierType modifiers) {
+  const auto wanted = Gtk::KeyvalTrigger::create(key, modifiers);
+  for (GtkWidget* around = widget.gobj(); around != nullptr; around = gtk_widget_get_parent(around)) {
+    GListModel* controllers = gtk_widget_observe_controllers(around);
+    for (guint index = 0; index < g_list_model_get_n_items(controllers); ++index) {
+      auto* controller = static_cast<GtkEventController*>(g_list_model_get_item(controllers, index));
+      const guint count =
+          GTK_IS_SHORTCUT_CONTROLLER(controller) ? g_list_model_get_n_items(G_LIST_MODEL(controller)) : 0;
+      for (guint place = 0; place < count; ++place) {
+        auto* shortcut = static_cast<GtkShortcut*>(g_list_model_get_item(G_LIST_MODEL(controller), place));
+        const bool isWanted =
+            gtk_shortcut_trigger_equal(gtk_shortcut_get_trigger(shortcut), wanted->gobj()) != FALSE;
+        const bool isDone = isWanted && gtk_shortcut_action_activate(
+                                            gtk_shortcut_get_action(shortcut), GTK_SHORTCUT_ACTION_EXCLUSIVE,
+                                            around, gtk_shortcut_get_arguments(shortcut)) != FALSE;
+        g_object_unref(shortcut);
+        if (isDone) {
+          g_object_unref(controller);
+          g_object_unref(controllers);
+          return true;
+        }
+      }
+      g_object_unref(controller);
+    }
+    g_object_unref(controllers);
+  }
+  return false;
+}
+
 std::string archivedMessage(const std::string& headers, const std::string& body) {
   return "From sender@example.org Thu Jan  1 00:00:00 2026\n" + headers + "\n" + body + "\n\n";
 }

@@ -35,6 +35,9 @@ class WidgetTest : public testing::Test {
 /// The first visible widget of this name in or below `root`, or null.
 Gtk::Widget* findWidget(GtkWidget* root, const std::string& name);
 
+/// Does what a key does that a shortcut of `widget`, or of a widget around it, waits for; false for none.
+bool pressShortcut(Gtk::Widget& widget, guint key, Gdk::ModifierType modifiers);
+
 /// A message of an archive: its header lines (with their line ends) and its body.
 std::string archivedMessage(const std::string& headers, const std::string& body);
 

@@ -218,7 +218,7 @@ TEST_F(WindowTest, AttachmentsAreListedUnderTheBody) {
   EXPECT_TRUE(runUntil([&] { return find("messageDetail.saveAttachment.0") != nullptr; }));
   // Saving writes the decoded bytes.
   const std::string target = folder_ / "saved.pdf";
-  window_->detail().detail().saveAttachment(0, target);
+  window_->detail().detail().saveAttachment(screen_->selectedMessage()->attachments[0], target);
   EXPECT_TRUE(runUntil([&] { return std::ifstream(target).good(); }));
   std::stringstream saved;
   saved << std::ifstream(target).rdbuf();
@@ -231,7 +231,8 @@ TEST_F(WindowTest, AFailureToSaveAnAttachmentIsToldInAnAlert) {
       "attached.mbox",
       archivedMessage("Message-ID: <a@example.org>\nSubject: A\nContent-Type: multipart/mixed; boundary=b\n",
                       "--b\nContent-Disposition: attachment; filename=x\n\nbytes\n--b--\n")));
-  window_->detail().detail().saveAttachment(0, folder_ / "no such folder/x");
+  window_->detail().detail().saveAttachment(screen_->selectedMessage()->attachments[0],
+                                            folder_ / "no such folder/x");
   ASSERT_TRUE(runUntil([] { return alert() != nullptr; }));
   gtk_window_close(alert());
   EXPECT_TRUE(runUntil([&] { return !window_->detail().detail().saveErrorMessage().has_value(); }));
