@@ -4,6 +4,7 @@
 
 #include "platform/localized.h"
 #include "reading/display_text.h"
+#include "reading/gravatar_service.h"
 #include "ui/alerts.h"
 #include "ui/main_menu.h"
 #include "ui/settings_sheet.h"
@@ -82,6 +83,7 @@ MainWindow::MainWindow(Gtk::Application& application, ContentView& screen, Intel
   root_->add_overlay(*Gtk::make_managed<ToastView>(screen_));
   adw_application_window_set_content(ADW_APPLICATION_WINDOW(window), GTK_WIDGET(root_->gobj()));
 
+  GravatarService::shared().follow(screen_.services().settings);
   picker_ = std::make_unique<ArchivePicker>(*window_, screen_);
   addActions();
   acceptDrops();
