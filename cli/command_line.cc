@@ -29,6 +29,7 @@ constexpr std::array commands = {CommandDefinition{"parse", Command::parse, 1, a
                                  CommandDefinition{"messages", Command::messages, 0, 0},
                                  CommandDefinition{"classify", Command::classify, 0, anyNumber},
                                  CommandDefinition{"show", Command::show, 1, 1},
+                                 CommandDefinition{"html", Command::html, 1, 1},
                                  CommandDefinition{"rename", Command::rename, 2, 2},
                                  CommandDefinition{"delete", Command::deleteLibrary, 1, 1},
                                  CommandDefinition{"tokenize", Command::tokenize, 1, 1}};
@@ -80,9 +81,26 @@ class Reader {
     } else if (name == "--attachments" && command == Command::show) {
       setOnce(result_.part, Part::attachments, Part::overview);
       result_.attachmentsFolder = value(argument, equals);
+    } else if (name == "--file" && command == Command::html) {
+      result_.operandIsFile = true;
+      result_.operands.push_back(value(argument, equals));
+    } else if (name == "--appearance" && command == Command::html) {
+      setOnce(result_.appearance, std::optional(appearance(value(argument, equals))), {});
+    } else if (name == "--invert" && equals == std::string::npos && command == Command::html) {
+      result_.invertsContent = true;
     } else {
       throw unknownOption(argument);
     }
+  }
+
+  static HTMLAppearance appearance(const std::string& name) {
+    for (const auto candidate : {HTMLAppearance::light, HTMLAppearance::dark}) {
+      if (name == rawValue(candidate)) {
+        return candidate;
+      }
+    }
+    throw UsageFailure(formatText(
+        localized("ctl_unknown_appearance", "Unknown appearance: %@", "tidewrackctl usage error"), {name}));
   }
 
   // Two options that exclude each other are an error rather than a silent choice.
@@ -142,6 +160,11 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         localized("ctl_wrong_operands", "Wrong number of arguments for \"%@\".", "tidewrackctl usage error"),
         {arguments[0]}));
   }
+  if (result.command == Command::html && !result.appearance) {
+    throw UsageFailure(
+        formatText(localized("ctl_option_missing", "The option %@ is missing.", "tidewrackctl usage error"),
+                   {std::string("--appearance")}));
+  }
   if (result.command == Command::rename && trimWhitespaceAndNewlines(result.operands[1]).empty()) {
     throw UsageFailure(localized("ctl_empty_name", "A library needs a name.", "tidewrackctl usage error"));
   }
@@ -164,6 +187,10 @@ Commands:
   show ID [--text | --html | --attachments FOLDER]
                                  show a message, only its text or HTML body, or save its
                                  attachments into a folder
+  html ID|--file FILE --appearance light|dark [--invert]
+                                 print the document that the window would show of an HTML body
+                                 or file, and on standard error what it says of its own
+                                 appearance: light, dark or none
   rename ID NAME                 give a library a new name
   delete ID                      delete a library with its messages
   tokenize TEXT                  print the words under which a text is found, one a line

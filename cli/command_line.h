@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/message_selectors.h"
+#include "reading/html_document.h"
 
 namespace tidewrack {
 
@@ -19,6 +20,7 @@ struct CommandLine {
     messages,
     classify,
     show,
+    html,
     rename,
     deleteLibrary,
     tokenize
@@ -33,8 +35,11 @@ struct CommandLine {
   std::vector<std::string> operands;  ///< Files, or the id and the name, or a text.
   Form form = Form::columns;
   Part part = Part::overview;
-  MessageSelectors selectors;     ///< Of the commands that work on a choice of messages.
-  std::string attachmentsFolder;  ///< Set with Part::attachments.
+  MessageSelectors selectors;                ///< Of the commands that work on a choice of messages.
+  std::string attachmentsFolder;             ///< Set with Part::attachments.
+  bool operandIsFile = false;                ///< Of the command html: a file in place of a message.
+  std::optional<HTMLAppearance> appearance;  ///< Of the command html: always set.
+  bool invertsContent = false;
 };
 
 /// The arguments do not make sense; `what()` says why, in the user's language.

@@ -14,6 +14,7 @@ int listLibraries(Output& output);
 int listMessages(const CommandLine& line, Output& output);
 int classifyMessages(const CommandLine& line, Output& output);
 int showMessage(const CommandLine& line, Output& output);
+int printDocument(const CommandLine& line, Output& output);
 int renameLibrary(const CommandLine& line);
 int deleteLibrary(const CommandLine& line);
 int tokenizeText(const CommandLine& line, Output& output);

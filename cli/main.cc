@@ -39,6 +39,8 @@ int run(const CommandLine& line, Output& output) {
       return classifyMessages(line, output);
     case Command::show:
       return showMessage(line, output);
+    case Command::html:
+      return printDocument(line, output);
     case Command::rename:
       return renameLibrary(line);
     case Command::deleteLibrary:

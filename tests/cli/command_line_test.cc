@@ -25,6 +25,24 @@ TEST(CommandLineTest, readsEveryCommand) {
   EXPECT_EQ(parseCommandLine({"--version"}).command, Command::version);
 }
 
+TEST(CommandLineTest, htmlTakesAMessageOrAFileAndAnAppearance) {
+  const auto stored = parseCommandLine({"html", "id", "--appearance", "dark", "--invert"});
+  EXPECT_EQ(stored.command, Command::html);
+  EXPECT_EQ(stored.operands, (std::vector<std::string>{"id"}));
+  EXPECT_FALSE(stored.operandIsFile);
+  EXPECT_EQ(stored.appearance, HTMLAppearance::dark);
+  EXPECT_TRUE(stored.invertsContent);
+  const auto file = parseCommandLine({"html", "--file=a.html", "--appearance=light"});
+  EXPECT_EQ(file.operands, (std::vector<std::string>{"a.html"}));
+  EXPECT_TRUE(file.operandIsFile);
+  EXPECT_FALSE(file.invertsContent);
+  EXPECT_THROW(parseCommandLine({"html", "id"}), UsageFailure);
+  EXPECT_THROW(parseCommandLine({"html", "--appearance", "light"}), UsageFailure);
+  EXPECT_THROW(parseCommandLine({"html", "id", "--appearance", "grey"}), UsageFailure);
+  EXPECT_THROW(parseCommandLine({"html", "id", "--file", "a.html", "--appearance", "light"}), UsageFailure);
+  EXPECT_THROW(parseCommandLine({"show", "id", "--appearance", "light"}), UsageFailure);
+}
+
 TEST(CommandLineTest, helpWinsOverEverythingBeforeTheEndOfOptions) {
   EXPECT_EQ(parseCommandLine({"--help"}).command, Command::help);
   EXPECT_EQ(parseCommandLine({"parse", "--help"}).command, Command::help);

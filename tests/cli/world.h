@@ -13,7 +13,7 @@ namespace tidewrack {
 /// The real tidewrackctl with data, settings and caches of its own.
 class World {
  public:
-  World() : program_(std::string(TIDEWRACK_BINARY_DIR) + "/tidewrackctl") {
+  World() : program_(TIDEWRACK_BINARY_DIR "/tidewrackctl") {
     program_.setEnvironment("HOME", folder_ / "home");
     program_.setEnvironment("XDG_DATA_HOME", folder_ / "data");
     program_.setEnvironment("XDG_CONFIG_HOME", folder_ / "config");
