@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "classify/token_segment.h"
+#include "classify/token_segment_builder.h"
 #include "classify/tokenizer.h"
 
 namespace tidewrack {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "classify/token_segment.h"
+#include "classify/token_segment_builder.h"
 #include "library/search_token_rows.h"
 
 namespace tidewrack {

@@ -3,127 +3,14 @@
 #include <algorithm>
 #include <limits>
 #include <thread>
-#include <unordered_map>
 #include <utility>
 
 #include "classify/message_text.h"
+#include "classify/token_segment_builder.h"
 #include "classify/tokenizer.h"
+#include "classify/variable_numbers.h"
 
 namespace tidewrack {
-namespace {
-
-void appendNumber(std::string& bytes, std::uint32_t number) {
-  while (number >= 0x80) {
-    bytes.push_back(static_cast<char>(number | 0x80U));
-    number >>= 7U;
-  }
-  bytes.push_back(static_cast<char>(number));
-}
-
-std::uint32_t readNumber(std::string_view bytes, std::size_t& position) {
-  std::uint32_t number = 0;
-  for (unsigned shift = 0;; shift += 7) {
-    const auto byte = static_cast<unsigned char>(bytes[position++]);
-    number |= static_cast<std::uint32_t>(byte & 0x7FU) << shift;
-    if (byte < 0x80) {
-      return number;
-    }
-  }
-}
-
-struct ViewHash {
-  using is_transparent = void;
-  std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>()(text); }
-};
-
-}  // namespace
-
-struct TokenSegmentBuilder::Table {
-  std::unordered_map<std::string, Postings, ViewHash, std::equal_to<>> tokens;
-};
-
-TokenSegmentBuilder::TokenSegmentBuilder() : table_(std::make_unique<Table>()) {}
-TokenSegmentBuilder::~TokenSegmentBuilder() = default;
-
-void TokenSegmentBuilder::beginMessage(const Text& id) {
-  messageIDs_.push_back(id);
-}
-
-void TokenSegmentBuilder::addNumber(Postings& postings, std::uint32_t number) {
-  if (postings.count == 0) {
-    postings.first = number;
-  } else {
-    appendNumber(postings.bytes, number - postings.last);
-  }
-  postings.last = number;
-  ++postings.count;
-  ++pairCount_;
-}
-
-void TokenSegmentBuilder::addToken(std::string_view token) {
-  const auto number = static_cast<std::uint32_t>(messageIDs_.size() - 1);
-  auto found = table_->tokens.find(token);
-  if (found == table_->tokens.end()) {
-    found = table_->tokens.emplace(std::string(token), Postings()).first;
-  } else if (found->second.last == number && found->second.count > 0) {
-    return;
-  }
-  addNumber(found->second, number);
-}
-
-void TokenSegmentBuilder::append(TokenSegmentBuilder& next) {
-  const auto base = static_cast<std::uint32_t>(messageIDs_.size());
-  messageIDs_.insert(messageIDs_.end(), next.messageIDs_.begin(), next.messageIDs_.end());
-  auto& tokens = table_->tokens;
-  while (!next.table_->tokens.empty()) {
-    auto node = next.table_->tokens.extract(next.table_->tokens.begin());
-    Postings& added = node.mapped();
-    added.first += base;
-    added.last += base;
-    const auto found = tokens.find(node.key());
-    if (found == tokens.end()) {
-      tokens.insert(std::move(node));
-      continue;
-    }
-    Postings& held = found->second;
-    appendNumber(held.bytes, added.first - held.last);
-    held.bytes += added.bytes;
-    held.last = added.last;
-    held.count += added.count;
-  }
-  pairCount_ += next.pairCount_;
-}
-
-std::shared_ptr<const TokenSegment> TokenSegmentBuilder::finish() {
-  std::vector<const std::pair<const std::string, Postings>*> order;
-  order.reserve(table_->tokens.size());
-  std::size_t tokenBytes = 0;
-  std::size_t postingBytes = 0;
-  for (const auto& entry : table_->tokens) {
-    order.push_back(&entry);
-    tokenBytes += entry.first.size();
-    postingBytes += entry.second.bytes.size() + 5;
-  }
-  std::sort(order.begin(), order.end(), [](const auto* a, const auto* b) { return a->first < b->first; });
-  auto segment = std::make_shared<TokenSegment>();
-  segment->messageIDs_ = std::move(messageIDs_);
-  segment->pairCount_ = pairCount_;
-  segment->tokenBytes_.reserve(tokenBytes);
-  segment->postings_.reserve(postingBytes);
-  segment->tokenEnds_.reserve(order.size());
-  segment->postingEnds_.reserve(order.size());
-  for (const auto* entry : order) {
-    segment->tokenBytes_ += entry->first;
-    segment->tokenEnds_.push_back(segment->tokenBytes_.size());
-    appendNumber(segment->postings_, entry->second.first);
-    segment->postings_ += entry->second.bytes;
-    segment->postingEnds_.push_back(segment->postings_.size());
-  }
-  segment->postings_.shrink_to_fit();
-  table_->tokens.clear();
-  return segment;
-}
-
 std::shared_ptr<const TokenSegment> TokenSegment::merge(std::span<const MergePart> parts, std::size_t count) {
   auto merged = std::make_shared<TokenSegment>();
   merged->messageIDs_.resize(count);
@@ -263,17 +150,14 @@ TokenSegmentLoader::TokenSegmentLoader() : segment_(std::make_shared<TokenSegmen
 
 void TokenSegmentLoader::add(std::string_view token, std::span<const std::uint32_t> numbers) {
   auto& segment = *segment_;
-  if (segment.tokenEnds_.empty() || segment.token(segment.tokenCount() - 1) != token) {
-    segment.tokenBytes_ += token;
-    segment.tokenEnds_.push_back(segment.tokenBytes_.size());
-    segment.postingEnds_.push_back(0);
-    last_ = 0;
-  }
+  segment.tokenBytes_ += token;
+  segment.tokenEnds_.push_back(segment.tokenBytes_.size());
+  std::uint32_t last = 0;
   for (const auto number : numbers) {
-    appendNumber(segment.postings_, number - last_);
-    last_ = number;
+    appendNumber(segment.postings_, number - last);
+    last = number;
   }
-  segment.postingEnds_.back() = segment.postings_.size();
+  segment.postingEnds_.push_back(segment.postings_.size());
   segment.pairCount_ += numbers.size();
 }
 

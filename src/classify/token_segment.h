@@ -53,50 +53,16 @@ class TokenSegment {
   std::uint64_t pairCount_ = 0;
 };
 
-/// Collects tokens message by message.
-class TokenSegmentBuilder {
- public:
-  TokenSegmentBuilder();
-  ~TokenSegmentBuilder();
-  TokenSegmentBuilder(const TokenSegmentBuilder&) = delete;
-  TokenSegmentBuilder& operator=(const TokenSegmentBuilder&) = delete;
-
-  /// Opens the next message; its tokens follow.
-  void beginMessage(const Text& id);
-  /// A token of the open message; one seen before in it is ignored.
-  void addToken(std::string_view token);
-  /// Puts everything that `next` has collected behind this builder's messages.
-  void append(TokenSegmentBuilder& next);
-  [[nodiscard]] std::shared_ptr<const TokenSegment> finish();
-
- private:
-  struct Postings {
-    std::string bytes;
-    std::uint32_t first = 0;
-    std::uint32_t last = 0;
-    std::uint32_t count = 0;
-  };
-  struct Table;
-
-  void addNumber(Postings& postings, std::uint32_t number);
-
-  std::vector<Text> messageIDs_;
-  std::unique_ptr<Table> table_;
-  std::uint64_t pairCount_ = 0;
-};
-
 /// Takes in tokens that come sorted.
 class TokenSegmentLoader {
  public:
   TokenSegmentLoader();
-  /// A token not below the one before, and the ascending numbers of its messages. The same token again
-  /// continues it, with greater numbers.
+  /// The next token, above the one before, and the ascending numbers of its messages.
   void add(std::string_view token, std::span<const std::uint32_t> numbers);
   [[nodiscard]] std::shared_ptr<const TokenSegment> finish(std::vector<Text> messageIDs);
 
  private:
   std::shared_ptr<TokenSegment> segment_;
-  std::uint32_t last_ = 0;
 };
 
 }  // namespace tidewrack

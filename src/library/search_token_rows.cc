@@ -1,10 +1,11 @@
 #include "library/search_token_rows.h"
 
-#include <array>
+#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 #include "library/message_store.h"
 #include "platform/sqlite.h"
@@ -12,104 +13,158 @@
 namespace tidewrack {
 namespace {
 
-// A row holds at most about this many bytes of differences: small enough that rows fill the pages of the
-// file well, large enough that the word before them does not count.
-constexpr std::size_t mostBytesInARow = 1024;
+// Large enough that the part of a page which the end of a row leaves empty does not count.
+constexpr std::size_t bytesInARow = 256 * 1024;
 constexpr std::size_t mostDigits = std::numeric_limits<std::uint32_t>::digits10 + 1;
 
-/// Writes the rows of one word after the other.
+/// Collects words into rows.
 class RowWriter {
  public:
   explicit RowWriter(SQLiteConnection& connection)
-      : insert_(connection.prepare("INSERT INTO searchToken (token, first, rest) VALUES (?, ?, ?)")) {}
+      : insert_(connection.prepare("INSERT INTO searchWords (words) VALUES (?)")) {}
 
-  void write(std::string_view token, std::span<const std::uint32_t> numbers) {
-    std::size_t next = 0;
-    while (next < numbers.size()) {
-      const std::uint32_t first = numbers[next];
-      std::uint32_t last = first;
-      char* end = rest_.data();
-      for (++next; next < numbers.size() && end < rest_.data() + mostBytesInARow; ++next) {
-        *end++ = ',';
-        end = std::to_chars(end, rest_.data() + rest_.size(), numbers[next] - last).ptr;
-        last = numbers[next];
-      }
-      insert_.bindText(1, token);
-      insert_.bindInteger(2, first);
-      insert_.bindText(3, {rest_.data(), static_cast<std::size_t>(end - rest_.data())});
+  void add(std::string_view token, std::span<const std::uint32_t> numbers) {
+    if (numbers.empty()) {
+      return;
+    }
+    const std::size_t before = row_.size();
+    row_.resize(before + token.size() + 5 + numbers.size() * (mostDigits + 1));
+    char* end = row_.data() + before;
+    *end++ = before == 0 ? '{' : ',';
+    *end++ = '"';
+    end = std::ranges::copy(token, end).out;
+    *end++ = '"';
+    *end++ = ':';
+    char separator = '[';
+    std::uint32_t last = 0;
+    for (const auto number : numbers) {
+      *end++ = separator;
+      end = std::to_chars(end, end + mostDigits, number - last).ptr;
+      separator = ',';
+      last = number;
+    }
+    *end++ = ']';
+    row_.resize(static_cast<std::size_t>(end - row_.data()));
+    if (row_.size() >= bytesInARow) {
+      finish();
+    }
+  }
+  /// Writes what is left.
+  void finish() {
+    if (!row_.empty()) {
+      row_ += '}';
+      insert_.bindText(1, row_);
       insert_.run();
+      row_.clear();
     }
   }
 
  private:
   SQLiteStatement insert_;
-  std::array<char, mostBytesInARow + 1 + mostDigits> rest_{};
+  std::string row_;
 };
 
-// Each row of the store at most once, as with two numbers for one message one of them would outlive it.
+// Each message of the store gets one number at most, and each number one message.
 void writeDocuments(std::span<const Text> messageIDs, SQLiteConnection& connection) {
   std::unordered_map<std::string_view, std::uint32_t> numbers;
   numbers.reserve(messageIDs.size());
   for (std::size_t number = 0; number < messageIDs.size(); ++number) {
     numbers.try_emplace(messageIDs[number].view(), static_cast<std::uint32_t>(number));
   }
-  std::vector<std::int64_t> rows(messageIDs.size(), 0);
+  std::vector<std::pair<std::int64_t, std::uint32_t>> documents;
+  documents.reserve(messageIDs.size());
   auto messages = connection.prepare("SELECT id, number FROM message");
-  while (messages.step()) {
-    const auto found = numbers.find(messages.bytes(0));
-    if (found != numbers.end() && rows[found->second] == 0) {
-      rows[found->second] = messages.integer(1);
+  while (messages.step() && !numbers.empty()) {
+    if (const auto found = numbers.find(messages.bytes(0)); found != numbers.end()) {
+      documents.emplace_back(messages.integer(1), found->second);
+      numbers.erase(found);
     }
   }
-  auto insert = connection.prepare("INSERT INTO searchDocument (number, message) VALUES (?, ?)");
-  for (std::size_t number = 0; number < rows.size(); ++number) {
-    if (rows[number] != 0) {
-      insert.bindInteger(1, static_cast<std::int64_t>(number));
-      insert.bindInteger(2, rows[number]);
-      insert.run();
-    }
-  }
-}
-
-/// The numbers of a row. A damaged row gives fewer.
-void readNumbers(std::int64_t first, std::string_view rest, std::size_t limit,
-                 std::vector<std::uint32_t>& numbers) {
-  numbers.clear();
-  if (first < 0 || static_cast<std::uint64_t>(first) >= limit) {
-    return;
-  }
-  auto last = static_cast<std::uint64_t>(first);
-  numbers.push_back(static_cast<std::uint32_t>(last));
-  for (std::size_t position = 0; position < rest.size();) {
-    ++position;  // The comma.
-    std::uint64_t difference = 0;
-    for (std::size_t digits = 0; position < rest.size() && rest[position] != ','; ++position, ++digits) {
-      if (rest[position] < '0' || rest[position] > '9' || digits == mostDigits) {
-        return;
-      }
-      difference = difference * 10 + static_cast<std::uint64_t>(rest[position] - '0');
-    }
-    last += difference;
-    if (difference == 0 || last >= limit) {
-      return;
-    }
-    numbers.push_back(static_cast<std::uint32_t>(last));
+  std::ranges::sort(documents);
+  auto insert = connection.prepare("INSERT INTO searchDocument (message, number) VALUES (?, ?)");
+  for (const auto& [message, number] : documents) {
+    insert.bindInteger(1, message);
+    insert.bindInteger(2, number);
+    insert.run();
   }
 }
 
 std::vector<Text> readDocuments(SQLiteConnection& connection) {
   std::vector<Text> messageIDs;
-  const std::int64_t last = connection.queryInteger("SELECT max(number) FROM searchDocument");
   auto documents = connection.prepare(
-      "SELECT d.number, m.id FROM searchDocument d JOIN message m ON m.number = d.message ORDER BY d.number");
+      "SELECT d.number, m.id FROM searchDocument d JOIN message m ON m.number = d.message");
   while (documents.step()) {
-    if (messageIDs.empty()) {
-      messageIDs.resize(static_cast<std::size_t>(last) + 1);
+    const auto number = static_cast<std::uint64_t>(documents.integer(0));
+    if (number > std::numeric_limits<std::uint32_t>::max()) {
+      continue;
     }
-    messageIDs[static_cast<std::size_t>(documents.integer(0))] = documents.bytes(1);
+    if (number >= messageIDs.size()) {
+      messageIDs.resize(number + 1);
+    }
+    messageIDs[number] = documents.bytes(1);
   }
   return messageIDs;
 }
+
+/// Goes through the words of one row. What is not of the form ends the row.
+class RowReader {
+ public:
+  RowReader(std::string_view row, std::size_t limit) : row_(row), limit_(limit) {}
+
+  /// Reads the next word and its numbers; false behind the last one. Numbers from the limit on, which have
+  /// lost their messages, are left out.
+  bool next() {
+    numbers_.clear();
+    if (!takes(position_ == 0 ? '{' : ',') || !takes('"')) {
+      return false;
+    }
+    const auto end = row_.find('"', position_);
+    if (end == std::string_view::npos) {
+      return false;
+    }
+    token_ = row_.substr(position_, end - position_);
+    position_ = end + 1;
+    return takes(':') && takes('[') && readNumbers();
+  }
+  [[nodiscard]] std::string_view token() const { return token_; }
+  [[nodiscard]] const std::vector<std::uint32_t>& numbers() const { return numbers_; }
+
+ private:
+  bool takes(char wanted) {
+    const bool isThere = position_ < row_.size() && row_[position_] == wanted;
+    position_ += isThere ? 1 : 0;
+    return isThere;
+  }
+
+  bool readNumbers() {
+    std::uint64_t number = 0;
+    for (bool isFirst = true; position_ < row_.size(); isFirst = false) {
+      std::uint32_t difference = 0;
+      const auto parsed = std::from_chars(row_.data() + position_, row_.data() + row_.size(), difference);
+      number += difference;
+      if (parsed.ec != std::errc() || (difference == 0 && !isFirst)) {
+        return false;
+      }
+      if (number < limit_) {
+        numbers_.push_back(static_cast<std::uint32_t>(number));
+      }
+      position_ = static_cast<std::size_t>(parsed.ptr - row_.data());
+      if (takes(']')) {
+        return true;
+      }
+      if (!takes(',')) {
+        return false;
+      }
+    }
+    return false;
+  }
+
+  std::string_view row_;
+  std::size_t limit_;
+  std::size_t position_ = 0;
+  std::string_view token_;
+  std::vector<std::uint32_t> numbers_;
+};
 
 }  // namespace
 
@@ -120,14 +175,15 @@ void writeSearchTokens(int rules, std::span<const Text> messageIDs,
   writing.begin(MessageStore::Writing::Size::small);
   writing.with([&](SQLiteConnection& connection) {
     connection.execute(
-        "DELETE FROM searchDocument; DELETE FROM searchToken; DELETE FROM searchTokenRules;"
+        "DELETE FROM searchDocument; DELETE FROM searchWords; DELETE FROM searchTokenRules;"
         "INSERT INTO searchTokenRules VALUES (" +
         std::to_string(rules) + ")");
     writeDocuments(messageIDs, connection);
     RowWriter writer(connection);
     produce([&writer](std::string_view token, std::span<const std::uint32_t> numbers) {
-      writer.write(token, numbers);
+      writer.add(token, numbers);
     });
+    writer.finish();
   });
   writing.commit();
 }
@@ -139,12 +195,13 @@ std::vector<Text> readSearchTokens(int rules, const SearchTokenVisitor& visit, M
     return {};
   }
   std::vector<Text> messageIDs = readDocuments(connection);
-  std::vector<std::uint32_t> numbers;
-  auto rows = connection.prepare("SELECT token, first, rest FROM searchToken ORDER BY token, first");
+  auto rows = connection.prepare("SELECT words FROM searchWords ORDER BY row");
   while (!messageIDs.empty() && rows.step()) {
-    readNumbers(rows.integer(1), rows.bytes(2), messageIDs.size(), numbers);
-    if (!numbers.empty()) {
-      visit(rows.bytes(0), numbers);
+    RowReader reader(rows.bytes(0), messageIDs.size());
+    while (reader.next()) {
+      if (!reader.numbers().empty()) {
+        visit(reader.token(), reader.numbers());
+      }
     }
   }
   return messageIDs;

@@ -169,21 +169,18 @@ bytes and as many microseconds as all of its like take now. The documented entit
      R"sql(
 DROP TABLE PersistedSearchToken;
 
--- The messages whose words are stored, under the numbers that the words use.
+-- The messages whose words are stored, and the numbers that the words use for them.
 CREATE TABLE searchDocument (
-  number INTEGER PRIMARY KEY,
-  message INTEGER NOT NULL
+  message INTEGER PRIMARY KEY,
+  number INTEGER NOT NULL
 );
-CREATE INDEX searchDocumentByMessage ON searchDocument (message);
 
--- A word, the number of the first message that holds it, and for each further one the difference from the one
--- before: ",3,1,12". A common word has several rows.
-CREATE TABLE searchToken (
-  token TEXT NOT NULL,
-  first INTEGER NOT NULL,
-  rest TEXT NOT NULL,
-  PRIMARY KEY (token, first)
-) WITHOUT ROWID;
+-- Some thousands of words a row, {"able":[7,3,1,12],...}: for each the number of the first message that holds
+-- it, and for every further one the difference from the one before.
+CREATE TABLE searchWords (
+  row INTEGER PRIMARY KEY,
+  words TEXT NOT NULL
+);
 
 -- One row: by which rules the words were cut out of the texts.
 CREATE TABLE searchTokenRules (
@@ -199,13 +196,14 @@ CREATE TRIGGER messageChangedForSearch AFTER UPDATE OF id, subject, fromName, fr
   DELETE FROM searchDocument WHERE message = OLD.number;
 END;
 
--- The documented entity, one row for each pair of a word and a message.
+-- The documented entity, one row for each pair of a word and a message. CROSS JOIN keeps the order, in which a
+-- query for one word expands only that word.
 CREATE VIEW PersistedSearchToken AS SELECT
   pair.token || ' ' || m.id AS id, pair.token AS token, m.id AS messageID
-  FROM (SELECT t.token AS token,
-      t.first + sum(difference.value) OVER (PARTITION BY t.token, t.first ORDER BY difference.key) AS number
-    FROM searchToken t, json_each('[0' || t.rest || ']') difference) pair
-  JOIN searchDocument d ON d.number = pair.number JOIN message m ON m.number = d.message;
+  FROM (SELECT word.key AS token,
+      sum(difference.value) OVER (PARTITION BY word.key ORDER BY difference.key ROWS UNBOUNDED PRECEDING) AS number
+    FROM searchWords s, json_each(s.words) word, json_each(word.value) difference) pair
+  CROSS JOIN searchDocument d ON d.number = pair.number CROSS JOIN message m ON m.number = d.message;
 )sql"},
 };
 

@@ -6,6 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/alphanumerics.h"
+#include "platform/unicode.h"
+
 namespace tidewrack {
 namespace {
 
@@ -47,6 +50,76 @@ TEST(Tokenize, KeepsRepeatsAndLettersOfEveryScript) {
 TEST(Tokenize, AFullStopDoesNotHideTheFormOfASigma) {
   EXPECT_THAT(FullTextSearchIndex::tokenize("ΟΔΟΣ"), ElementsAre("οδος"));
   EXPECT_THAT(FullTextSearchIndex::tokenize("ΟΔΟΣ ΑΒ"), ElementsAre("οδος", "αβ"));
+}
+
+/// The rules as they read: fold, lower case, split, drop.
+std::vector<std::string> plainTokens(std::string_view text) {
+  std::vector<std::string> tokens;
+  const std::string folded = lowercase(foldDiacritics(text));
+  for (std::size_t at = 0; at < folded.size();) {
+    const auto word = nextAlphanumericRun(folded, at);
+    if (graphemeCount(word) > 1) {
+      tokens.emplace_back(word);
+    }
+  }
+  return tokens;
+}
+
+TEST(Tokenize, EqualsThePlainRulesForAnyText) {
+  const std::vector<std::string> pieces = {"a",
+                                           "B",
+                                           "word",
+                                           "Other",
+                                           "7",
+                                           "2026",
+                                           " ",
+                                           "  ",
+                                           ".",
+                                           "'",
+                                           ":",
+                                           "-",
+                                           "@",
+                                           "\n",
+                                           "é",
+                                           "É",
+                                           "e\u0301",
+                                           "ß",
+                                           "Σ",
+                                           "ΟΔΟΣ",
+                                           "ος",
+                                           "й",
+                                           "İ",
+                                           "ı",
+                                           "漢",
+                                           "字",
+                                           "か",
+                                           "が",
+                                           "ガ",
+                                           "한",
+                                           "국",
+                                           "ق",
+                                           "نِ",
+                                           "न",
+                                           "मस्ते",
+                                           "ส",
+                                           "วัส",
+                                           "🎉",
+                                           "👩‍👩‍👧",
+                                           "\u0301",
+                                           "\u00AD",
+                                           "\u200D",
+                                           "½",
+                                           "①",
+                                           "_",
+                                           "longwordthatgoesonandonandonandonandonandonandonandonandon"};
+  std::mt19937 random(17);
+  for (int round = 0; round < 3000; ++round) {
+    std::string text;
+    for (auto count = random() % 60; count > 0; --count) {
+      text += pieces[random() % (round % 2 == 0 ? 12 : pieces.size())];
+    }
+    ASSERT_EQ(FullTextSearchIndex::tokenize(text), plainTokens(text)) << text;
+  }
 }
 
 TEST(FullTextSearchIndex, AQueryOfOneLetterFindsNothingAndOfTwoTheToken) {

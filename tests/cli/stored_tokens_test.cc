@@ -50,7 +50,7 @@ TEST(StoredTokensTest, AStoreWithoutThemGetsThemWithTheNextSearch) {
   const Program sqlite("/usr/bin/sqlite3");
   ASSERT_EQ(sqlite
                 .run({(world.applicationFolder() / "default.store").string(),
-                      "DELETE FROM searchDocument; DELETE FROM searchToken"})
+                      "DELETE FROM searchDocument; DELETE FROM searchWords"})
                 .status,
             0);
   EXPECT_THAT(shell(world, "SELECT * FROM PersistedSearchToken"), IsEmpty());

@@ -155,6 +155,16 @@ TEST_F(SearchTokenRows, AMessageWhoseTextChangesLosesItsPairsAndAnotherKeepsThem
   EXPECT_THAT(pairs(), ElementsAre("word c"));
 }
 
+TEST_F(SearchTokenRows, WordsBehindThoseOfADeletedMessageStay) {
+  save({"a"}, "L1");
+  save({"z"}, "L2");
+  write({{"common", {0, 1}}, {"last", {1}}, {"word", {0, 1}}}, {"a", "z"});
+  deleteMessages("L2", *context_);
+  EXPECT_THAT(read(), ElementsAre(std::pair("common", std::vector<std::string>{"a"}),
+                                  std::pair("word", std::vector<std::string>{"a"})));
+  EXPECT_THAT(pairs(), ElementsAre("common a", "word a"));
+}
+
 TEST_F(SearchTokenRows, ACategoryOrALibraryNameIsNoText) {
   save({"a"});
   write({{"word", {0}}}, {"a"});
@@ -200,15 +210,18 @@ TEST_F(SearchTokenRows, LongListsAndLongWordsSurvive) {
   EXPECT_THAT(pairs("token = 'some'"), SizeIs(some.size()));
 }
 
-TEST_F(SearchTokenRows, ADamagedRowGivesFewerMessagesAndNoOthers) {
+TEST_F(SearchTokenRows, ADamagedRowGivesTheWordsBeforeTheDamage) {
   save({"a", "b", "c"});
   write({{"word", {0, 1, 2}}}, {"a", "b", "c"});
-  for (const auto* rest : {",1,99999999999999999999", ",1,x", ",1,", ",1,0", ",1,7", ",1,-1"}) {
-    execute("UPDATE searchToken SET rest = '" + std::string(rest) + "'");
-    EXPECT_THAT(read()["word"], ElementsAre("a", "b")) << rest;
+  write({{"alpha", {0, 1}}, {"word", {0, 1, 2}}}, {"a", "b", "c"});
+  for (const auto* rest : {"99999999999999999999]}", "1,x]}", "1,", "1,0]}", "1,-1]}", "\",", "1", ""}) {
+    execute("UPDATE searchWords SET words = '{\"alpha\":[0,1],\"word\":[" + std::string(rest) + "'");
+    EXPECT_THAT(read(), ElementsAre(std::pair("alpha", std::vector<std::string>{"a", "b"}))) << rest;
   }
-  execute("UPDATE searchToken SET first = -5");
-  EXPECT_THAT(read(), IsEmpty());
+  for (const auto* row : {"", "{}", "[]", "{\"alpha", "{\"alpha\":1}", "{\"alpha\":[-1]}"}) {
+    execute("UPDATE searchWords SET words = '" + std::string(row) + "'");
+    EXPECT_THAT(read(), IsEmpty()) << row;
+  }
 }
 
 TEST_F(SearchTokenRows, AProcessKilledInTheMiddleOfAWritingLeavesTheOldTokensWhole) {
