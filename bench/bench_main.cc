@@ -15,6 +15,7 @@
 
 #include "archive_generator.h"
 #include "child_roles.h"
+#include "derived_bench.h"
 #include "mail/mbox_importer.h"
 #include "measure.h"
 #include "reference_pass.h"
@@ -25,7 +26,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* usage =
-    "Usage: tidewrack-bench [--quick] [--turns N] [--only parse|import|start] [--folder FOLDER]\n"
+    "Usage: tidewrack-bench [--quick] [--turns N] [--only parse|import|start|derived] [--folder FOLDER]\n"
     "  --quick    archives of a tenth of the size\n"
     "  --turns    how often each piece of work is timed; the median counts (3)\n"
     "  --folder   where archives and databases go (build/bench/data)\n";
@@ -196,9 +197,16 @@ void measureStart(const Options& options, const Archive& archive, Table& table) 
   table.addBytes("memory of a loaded list, a message", list.at("bytes") / list.at("messages"), 1000);
 }
 
+constexpr std::size_t derivedMessages = 1'000'000;
+
 int run(const Options& options) {
   const std::uint64_t scale = options.quick ? 10 : 1;
   const auto wants = [&](const char* what) { return options.only.empty() || options.only == what; };
+  if (options.only == "derived") {  // Needs no archives.
+    Table table;
+    measureDerivedState(derivedMessages / scale, options.turns, options.folder, table);
+    return table.allReached() ? EXIT_SUCCESS : EXIT_FAILURE;
+  }
   const auto large =
       makeArchive(options, "large", {ArchiveKind::large, 1'000'000'000 / scale, 1, LineEnds::lf});
   const auto small =
@@ -226,6 +234,9 @@ int run(const Options& options) {
   }
   if (wants("start")) {
     measureStart(options, small, table);
+  }
+  if (wants("derived")) {
+    measureDerivedState(derivedMessages / scale, options.turns, options.folder, table);
   }
   return table.allReached() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

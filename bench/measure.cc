@@ -162,7 +162,7 @@ void Table::addBytes(const std::string& what, double bytes, double limit) {
 }
 
 void Table::addMilliseconds(const std::string& what, double milliseconds, double limit) {
-  row(what, text("%.0f ms", milliseconds), "", "", text("<= %.0f ms", limit), milliseconds <= limit);
+  row(what, text("%.1f ms", milliseconds), "", "", text("<= %.0f ms", limit), milliseconds <= limit);
 }
 
 void Table::addNote(const std::string& what, const std::string& value) {
