@@ -5,6 +5,7 @@
 #include "platform/localized.h"
 #include "reading/display_text.h"
 #include "reading/gravatar_service.h"
+#include "ui/advanced_search_sheet.h"
 #include "ui/alerts.h"
 #include "ui/main_menu.h"
 #include "ui/settings_sheet.h"
@@ -26,8 +27,9 @@ constexpr const char* listPage = "list";
 constexpr const char* welcomePage = "welcome";
 
 // The toolbar's items whose destination exists.
-const std::set<ToolbarAction> offeredActions = {ToolbarAction::importArchives, ToolbarAction::clearFilters,
-                                                ToolbarAction::cloudStatus, ToolbarAction::settings};
+const std::set<ToolbarAction> offeredActions = {ToolbarAction::advancedSearch, ToolbarAction::importArchives,
+                                                ToolbarAction::clearFilters, ToolbarAction::cloudStatus,
+                                                ToolbarAction::settings};
 
 // The bar at the head of a column. Only the outermost columns carry the window's buttons.
 AdwHeaderBar* makeHeaderBar(bool hasStartButtons, bool hasEndButtons) {
@@ -78,6 +80,7 @@ MainWindow::MainWindow(Gtk::Application& application, ContentView& screen, Intel
   columns->set_size_request(minimumWidth, minimumHeight);
   root_ = Gtk::make_managed<Gtk::Overlay>();
   root_->set_child(*columns);
+  root_->add_overlay(*Gtk::make_managed<AdvancedSearchSheet>(screen_, *columns));
   root_->add_overlay(*Gtk::make_managed<SettingsSheet>(screen_, intelligence, *columns));
   root_->add_overlay(*Gtk::make_managed<StatusSheet>(screen_, *columns));
   root_->add_overlay(*Gtk::make_managed<ToastView>(screen_));
