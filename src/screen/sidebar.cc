@@ -87,18 +87,46 @@ CategorizingProgressRow progressRow(const MessageCategorizer& categorizer) {
   return row;
 }
 
-void addSmartCategories(const ContentView& screen, std::vector<SidebarSection>& sections) {
+std::optional<SidebarSection> mailboxesSection(const LabelClassification& labels) {
+  if (labels.systemMailboxes.empty()) {
+    return std::nullopt;
+  }
+  SidebarSection section;
+  section.kind = SidebarSection::Kind::mailboxes;
+  section.title = localized("mailboxes_section_title", "Mailboxes", "System mailboxes sidebar section");
+  for (const auto& bucket : labels.systemMailboxes) {
+    section.rows.push_back(
+        vocabularyRow(SidebarSelection::mailbox(bucket.mailbox), bucket.mailbox, bucket.count));
+  }
+  return section;
+}
+
+std::optional<SidebarSection> gmailCategoriesSection(const LabelClassification& labels) {
+  if (labels.gmailCategories.empty()) {
+    return std::nullopt;
+  }
+  SidebarSection section;
+  section.kind = SidebarSection::Kind::gmailCategories;
+  section.title =
+      localized("gmail_categories_section_title", "Gmail Categories", "Gmail categories sidebar section");
+  for (const auto& bucket : labels.gmailCategories) {
+    section.rows.push_back(
+        vocabularyRow(SidebarSelection::gmailCategory(bucket.category), bucket.category, bucket.count));
+  }
+  return section;
+}
+
+std::optional<SidebarSection> smartCategoriesSection(const ContentView& screen) {
   const MessageCategorizer* categorizer = screen.categorizer();
   const bool isRunning = categorizer && categorizer->isCategorizing();
   if (!screen.intelligenceEnabled() || !screen.enableCategoryDetection() ||
       (!isRunning && screen.categoriesInScope().empty())) {
-    return;
+    return std::nullopt;
   }
-  SidebarSection section{SidebarSection::Kind::smartCategories,
-                         localized("intelligence_categories_section_title", "Smart Categories",
-                                   "Apple Intelligence categories sidebar section"),
-                         {},
-                         std::nullopt};
+  SidebarSection section;
+  section.kind = SidebarSection::Kind::smartCategories;
+  section.title = localized("intelligence_categories_section_title", "Smart Categories",
+                            "Apple Intelligence categories sidebar section");
   const auto& counts = *screen.cachedCategoryCounts();
   for (const auto& category : smartCategories()) {
     const auto count = counts.find(Text(category.name));
@@ -115,40 +143,45 @@ void addSmartCategories(const ContentView& screen, std::vector<SidebarSection>& 
   if (isRunning) {
     section.progress = progressRow(*categorizer);
   }
-  sections.push_back(std::move(section));
+  return section;
+}
+
+std::optional<SidebarSection> labelsSection(const LabelClassification& labels) {
+  if (labels.userLabelTree.empty()) {
+    return std::nullopt;
+  }
+  SidebarSection section;
+  section.kind = SidebarSection::Kind::labels;
+  section.title = localized("labels_title", "Labels", "Sidebar title");
+  for (const auto& node : labels.userLabelTree) {
+    section.rows.push_back(labelRow(node));
+  }
+  return section;
 }
 
 }  // namespace
 
+std::optional<SidebarSection> sidebarSection(const ContentView& screen, SidebarSection::Kind kind) {
+  switch (kind) {
+    case SidebarSection::Kind::libraries:
+      return librariesSection(screen);
+    case SidebarSection::Kind::mailboxes:
+      return mailboxesSection(screen.cachedLabelClassification());
+    case SidebarSection::Kind::gmailCategories:
+      return gmailCategoriesSection(screen.cachedLabelClassification());
+    case SidebarSection::Kind::smartCategories:
+      return smartCategoriesSection(screen);
+    case SidebarSection::Kind::labels:
+      return labelsSection(screen.cachedLabelClassification());
+  }
+  return std::nullopt;
+}
+
 std::vector<SidebarSection> sidebarSections(const ContentView& screen) {
-  const LabelClassification& labels = screen.cachedLabelClassification();
-  std::vector<SidebarSection> sections = {librariesSection(screen)};
-  if (!labels.systemMailboxes.empty()) {
-    auto& section = sections.emplace_back();
-    section.kind = SidebarSection::Kind::mailboxes;
-    section.title = localized("mailboxes_section_title", "Mailboxes", "System mailboxes sidebar section");
-    for (const auto& bucket : labels.systemMailboxes) {
-      section.rows.push_back(
-          vocabularyRow(SidebarSelection::mailbox(bucket.mailbox), bucket.mailbox, bucket.count));
-    }
-  }
-  if (!labels.gmailCategories.empty()) {
-    auto& section = sections.emplace_back();
-    section.kind = SidebarSection::Kind::gmailCategories;
-    section.title =
-        localized("gmail_categories_section_title", "Gmail Categories", "Gmail categories sidebar section");
-    for (const auto& bucket : labels.gmailCategories) {
-      section.rows.push_back(
-          vocabularyRow(SidebarSelection::gmailCategory(bucket.category), bucket.category, bucket.count));
-    }
-  }
-  addSmartCategories(screen, sections);
-  if (!labels.userLabelTree.empty()) {
-    auto& section = sections.emplace_back();
-    section.kind = SidebarSection::Kind::labels;
-    section.title = localized("labels_title", "Labels", "Sidebar title");
-    for (const auto& node : labels.userLabelTree) {
-      section.rows.push_back(labelRow(node));
+  std::vector<SidebarSection> sections;
+  for (const auto kind : allSidebarSections) {
+    if (auto section = sidebarSection(screen, kind)) {
+      sections.push_back(*std::move(section));
     }
   }
   return sections;

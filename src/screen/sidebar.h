@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -105,10 +106,16 @@ struct SidebarSection {
   friend bool operator==(const SidebarSection&, const SidebarSection&) = default;
 };
 
-/// The sections of the present state, top to bottom. Costs what is shown, not what is loaded. Follows the
-/// fields libraries, messages, cachedLabelClassification, cachedCategoryCounts, the two intelligence
-/// settings and the categoriser's counters. Main thread only.
+/// The sections of the present state, top to bottom. Costs what is shown, not what is loaded. Main thread
+/// only.
 std::vector<SidebarSection> sidebarSections(const ContentView& screen);
+/// One of them, or nothing when it is not shown. The libraries follow the fields libraries and messages; the
+/// Smart Categories follow cachedCategoryCounts, the two intelligence settings and the categoriser's
+/// counters; the others follow cachedLabelClassification.
+std::optional<SidebarSection> sidebarSection(const ContentView& screen, SidebarSection::Kind kind);
+inline constexpr std::array allSidebarSections = {
+    SidebarSection::Kind::libraries, SidebarSection::Kind::mailboxes, SidebarSection::Kind::gmailCategories,
+    SidebarSection::Kind::smartCategories, SidebarSection::Kind::labels};
 
 /// Icon and tint of the nine categories of the on-device categoriser, in their fixed order.
 struct SmartCategory {

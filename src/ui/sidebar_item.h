@@ -1,6 +1,7 @@
 #pragma once
 
-#include <functional>
+#include <string>
+#include <vector>
 
 #include <gtkmm.h>
 
@@ -25,10 +26,12 @@ class SidebarItem : public Glib::Object {
   /// The items below a row, or null for a row without any.
   [[nodiscard]] const Glib::RefPtr<Gio::ListStore<SidebarItem>>& children() const { return children_; }
 
-  /// Whether `other` is the same line, with the same lines below it, apart from texts and counts.
-  [[nodiscard]] bool isSameLine(const SidebarItem& other) const;
-  /// Takes over the texts and counts of such a line.
-  void take(const SidebarItem& other);
+  /// What the line stands for: equal for lines that differ in texts and counts alone.
+  [[nodiscard]] const std::string& key() const { return key_; }
+  /// Puts the wanted lines into `store`. A line that is there already stays the same object, takes over the
+  /// texts and counts and brings the lines below it in line in turn; `wanted` then holds that object. So a
+  /// list that shows the store keeps its folding and its scroll position.
+  static void bringInLine(Gio::ListStore<SidebarItem>& store, std::vector<Glib::RefPtr<SidebarItem>>& wanted);
 
   sigc::signal<void()>& signalChanged() { return changed_; }
 
@@ -36,7 +39,11 @@ class SidebarItem : public Glib::Object {
   explicit SidebarItem(Kind kind);
 
  private:
+  [[nodiscard]] bool isSameLine(const SidebarItem& other) const;
+  void take(const SidebarItem& other);
+
   Kind kind_;
+  std::string key_;
   std::string title_;
   SidebarRow row_;
   CategorizingProgressRow progress_;

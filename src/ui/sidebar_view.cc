@@ -1,5 +1,7 @@
 #include "ui/sidebar_view.h"
 
+#include <utility>
+
 #include "platform/localized.h"
 #include "ui/sidebar_row_view.h"
 #include "ui/widgets.h"
@@ -12,16 +14,13 @@ Glib::RefPtr<SidebarItem> itemOf(const Glib::RefPtr<Glib::ObjectBase>& treeRow) 
   return row ? std::dynamic_pointer_cast<SidebarItem>(row->get_item()) : nullptr;
 }
 
-std::vector<Glib::RefPtr<SidebarItem>> makeItems(const std::vector<SidebarSection>& sections) {
-  std::vector<Glib::RefPtr<SidebarItem>> items;
-  for (const SidebarSection& section : sections) {
-    items.push_back(SidebarItem::heading(section.title));
-    for (const SidebarRow& row : section.rows) {
-      items.push_back(SidebarItem::row(row));
-    }
-    if (section.progress) {
-      items.push_back(SidebarItem::progress(*section.progress));
-    }
+std::vector<Glib::RefPtr<SidebarItem>> makeItems(const SidebarSection& section) {
+  std::vector<Glib::RefPtr<SidebarItem>> items = {SidebarItem::heading(section.title)};
+  for (const SidebarRow& row : section.rows) {
+    items.push_back(SidebarItem::row(row));
+  }
+  if (section.progress) {
+    items.push_back(SidebarItem::progress(*section.progress));
   }
   return items;
 }
@@ -71,6 +70,16 @@ SidebarView::SidebarView(ContentView& screen)
   selection_->set_can_unselect(true);
   selection_->unselect_all();
   selection_->property_selected().signal_changed().connect([this] { selectionChosen(); });
+  // The selected row may come up, or go, when a row above it is unfolded or folded.
+  tree_->signal_items_changed().connect([this](guint, guint, guint) {
+    if (!isUpdating_ && !selectionIdle_.connected()) {
+      selectionIdle_ = Glib::signal_idle().connect([this] {
+        selectionIdle_.disconnect();
+        showSelection();
+        return false;
+      });
+    }
+  });
   list_.set_model(selection_);
   list_.set_factory(makeRowFactory());
   list_.add_css_class("navigation-sidebar");
@@ -85,27 +94,32 @@ SidebarView::SidebarView(ContentView& screen)
 
 SidebarView::~SidebarView() {
   sectionsIdle_.disconnect();
+  selectionIdle_.disconnect();
 }
 
 void SidebarView::observeScreen() {
-  const auto follow = [this](auto& field) {
-    subscriptions_.push_back(field.observe([this] { sectionsChanged(); }));
+  using Kind = SidebarSection::Kind;
+  const auto follow = [this](auto& field, std::initializer_list<Kind> kinds) {
+    subscriptions_.push_back(field.observe([this, kinds = std::vector(kinds)] { sectionsChanged(kinds); }));
   };
-  follow(screen_.libraries);
-  follow(screen_.messages);
-  follow(screen_.cachedLabelClassification);
-  follow(screen_.cachedCategoryCounts);
-  follow(screen_.intelligenceEnabled);
-  follow(screen_.enableCategoryDetection);
+  follow(screen_.libraries, {Kind::libraries});
+  follow(screen_.messages, {Kind::libraries});
+  follow(screen_.cachedLabelClassification, {Kind::mailboxes, Kind::gmailCategories, Kind::labels});
+  follow(screen_.cachedCategoryCounts, {Kind::smartCategories});
+  follow(screen_.intelligenceEnabled, {Kind::smartCategories});
+  follow(screen_.enableCategoryDetection, {Kind::smartCategories});
   if (auto* categorizer = screen_.categorizer()) {
-    follow(categorizer->isCategorizing);
-    follow(categorizer->totalToProcess);
-    follow(categorizer->processedCount);
+    follow(categorizer->isCategorizing, {Kind::smartCategories});
+    follow(categorizer->totalToProcess, {Kind::smartCategories});
+    follow(categorizer->processedCount, {Kind::smartCategories});
   }
   subscriptions_.push_back(screen_.sidebarSelection.observe([this] { showSelection(); }));
 }
 
-void SidebarView::sectionsChanged() {
+void SidebarView::sectionsChanged(const std::vector<SidebarSection::Kind>& kinds) {
+  for (const auto kind : kinds) {
+    sections_.at(static_cast<std::size_t>(kind)).isStale = true;
+  }
   // Several fields change together; the sections are worked out once.
   if (!sectionsIdle_.connected()) {
     sectionsIdle_ = Glib::signal_idle().connect(
@@ -119,21 +133,24 @@ void SidebarView::sectionsChanged() {
 }
 
 void SidebarView::showSections() {
-  const auto items = makeItems(sidebarSections(screen_));
-  bool isSame = items.size() == roots_->get_n_items();
-  for (guint position = 0; isSame && position < items.size(); ++position) {
-    isSame = roots_->get_item(position)->isSameLine(*items[position]);
-  }
-  if (isSame) {
-    for (guint position = 0; position < items.size(); ++position) {
-      roots_->get_item(position)->take(*items[position]);
+  std::vector<Glib::RefPtr<SidebarItem>> wanted;
+  for (const auto kind : allSidebarSections) {
+    auto& shown = sections_.at(static_cast<std::size_t>(kind));
+    if (std::exchange(shown.isStale, false)) {
+      const auto section = sidebarSection(screen_, kind);
+      shown.items = section ? makeItems(*section) : std::vector<Glib::RefPtr<SidebarItem>>();
     }
-    return;
+    wanted.insert(wanted.end(), shown.items.begin(), shown.items.end());
   }
   isUpdating_ = true;
-  selection_->unselect_all();
-  roots_->splice(0, roots_->get_n_items(), items);
+  SidebarItem::bringInLine(*roots_.get(), wanted);
   isUpdating_ = false;
+  auto at = wanted.begin();
+  for (auto& shown : sections_) {
+    const auto end = at + static_cast<std::ptrdiff_t>(shown.items.size());
+    shown.items.assign(at, end);
+    at = end;
+  }
   showSelection();
 }
 

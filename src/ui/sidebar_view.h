@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <vector>
 
 #include <gtkmm.h>
@@ -21,7 +22,7 @@ class SidebarView : public Gtk::ScrolledWindow {
 
  private:
   void observeScreen();
-  void sectionsChanged();
+  void sectionsChanged(const std::vector<SidebarSection::Kind>& kinds);
   void showSections();
   void showSelection();
   void selectionChosen();
@@ -32,8 +33,15 @@ class SidebarView : public Gtk::ScrolledWindow {
   Glib::RefPtr<Gtk::TreeListModel> tree_;
   Glib::RefPtr<Gtk::SingleSelection> selection_;
   Gtk::ListView list_;
+  // The lines of each section as they stand in the list, and whether they may have changed.
+  struct Section {
+    std::vector<Glib::RefPtr<SidebarItem>> items;
+    bool isStale = true;
+  };
+  std::array<Section, allSidebarSections.size()> sections_;
   bool isUpdating_ = false;  ///< The selection moves because the screen's did.
   sigc::connection sectionsIdle_;
+  sigc::connection selectionIdle_;
   std::vector<Subscription> subscriptions_;
 };
 
