@@ -154,6 +154,16 @@ std::optional<std::size_t> ContentView::positionOf(const Text& id) const {
   return found != messages().end() ? std::optional<std::size_t>(found - messages().begin()) : std::nullopt;
 }
 
+std::optional<std::size_t> ContentView::filteredPositionOf(const Text& id) const {
+  const SharedMessageList& list = cachedFilteredMessages();
+  if (derived_.facts && derived_.facts->repeated().empty()) {
+    const auto position = derived_.facts->positionOf(id);
+    return position ? list.indexOf(*position) : std::nullopt;
+  }
+  const auto found = std::ranges::find_if(list, [&id](const auto& message) { return message->id == id; });
+  return found != list.end() ? std::optional<std::size_t>(found - list.begin()) : std::nullopt;
+}
+
 std::int64_t ContentView::conversationCount(const Text& conversationID) const {
   return cachedConversationCounts()->of(conversationID);
 }

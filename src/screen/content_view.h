@@ -133,6 +133,8 @@ class ContentView {
   [[nodiscard]] std::string subtitle() const;
   /// The first loaded message whose id is selected, or null.
   [[nodiscard]] std::shared_ptr<const EmailMessage> selectedMessage() const;
+  /// Where the first message with this id stands in cachedFilteredMessages, if it is there.
+  [[nodiscard]] std::optional<std::size_t> filteredPositionOf(const Text& id) const;
   /// Messages of a conversation in scope; 0 for an unknown one.
   [[nodiscard]] std::int64_t conversationCount(const Text& conversationID) const;
   /// The nine known categories that occur in scope, in their fixed order.

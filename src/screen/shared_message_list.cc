@@ -69,6 +69,16 @@ SharedMessageList SharedMessageList::replacing(std::size_t position, value_type 
   return SharedMessageList(std::move(body));
 }
 
+std::optional<std::size_t> SharedMessageList::indexOf(std::uint32_t position) const {
+  if (!positions()) {
+    return position < size() ? std::optional<std::size_t>(position) : std::nullopt;
+  }
+  const auto found = std::ranges::lower_bound(*positions(), position);
+  return found != positions()->end() && *found == position
+             ? std::optional(static_cast<std::size_t>(found - positions()->begin()))
+             : std::nullopt;
+}
+
 MessageList SharedMessageList::get() const {
   return {begin(), end()};
 }
@@ -95,9 +105,8 @@ std::optional<Positions> SharedMessageList::differences(const SharedMessageList&
   }
   Positions inPart;
   for (const auto position : found) {
-    const auto at = std::ranges::lower_bound(*a.positions, position);
-    if (at != a.positions->end() && *at == position) {
-      inPart.push_back(static_cast<std::uint32_t>(at - a.positions->begin()));
+    if (const auto index = before.indexOf(position)) {
+      inPart.push_back(static_cast<std::uint32_t>(*index));
     }
   }
   return inPart;

@@ -50,6 +50,9 @@ class SharedMessageList {
   /// The places of a part; null for a list that is none.
   [[nodiscard]] const std::shared_ptr<const Positions>& positions() const;
 
+  /// Where the message at a place of the whole list stands in this list, if it does.
+  [[nodiscard]] std::optional<std::size_t> indexOf(std::uint32_t position) const;
+
   /// A copy as a plain vector. For background work: it costs a pointer and a count a message.
   [[nodiscard]] MessageList get() const;
   operator MessageList() const { return get(); }  // NOLINT(google-explicit-constructor): see get().

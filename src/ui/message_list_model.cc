@@ -21,7 +21,7 @@ Glib::RefPtr<MessageListModel> MessageListModel::create() {
 MessageListModel::MessageListModel()
     : Glib::ObjectBase(typeid(MessageListModel)), Gio::ListModel(), Glib::Object() {}
 
-void MessageListModel::replace(SharedMessageList messages, std::shared_ptr<const ConversationCounts> counts) {
+bool MessageListModel::replace(SharedMessageList messages, std::shared_ptr<const ConversationCounts> counts) {
   if (counts == counts_) {
     constexpr std::size_t fewRows = 50;
     if (const auto changes = SharedMessageList::differences(messages_, messages, fewRows)) {
@@ -29,7 +29,7 @@ void MessageListModel::replace(SharedMessageList messages, std::shared_ptr<const
       for (const auto position : *changes) {
         items_changed(position, 1, 1);
       }
-      return;
+      return true;
     }
   }
   const guint before = announced_;
@@ -43,15 +43,7 @@ void MessageListModel::replace(SharedMessageList messages, std::shared_ptr<const
   if (announced_ > 0) {
     items_changed(0, 0, announced_);
   }
-}
-
-std::optional<guint> MessageListModel::positionOf(std::string_view messageID) const {
-  for (std::size_t position = 0; position < messages_.size(); ++position) {
-    if (messages_[position]->id == messageID) {
-      return static_cast<guint>(position);
-    }
-  }
-  return std::nullopt;
+  return false;
 }
 
 GType MessageListModel::get_item_type_vfunc() {

@@ -2,8 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
-#include <string_view>
 
 #include <gtkmm.h>
 
@@ -36,10 +34,10 @@ class MessageListModel : public Gio::ListModel, public Glib::Object {
   static Glib::RefPtr<MessageListModel> create();
 
   /// Puts `messages` in place of what was there; `counts` is not null and gives each conversation's size.
-  /// Where only a few messages have been exchanged, only their rows are made anew. Otherwise the change is
-  /// told in two steps (all gone, all new): told in one, GTK would ask for every row in search of the old
-  /// selection.
-  void replace(SharedMessageList messages, std::shared_ptr<const ConversationCounts> counts);
+  /// True when only a few messages have been exchanged for others, and only their rows are made anew. Any
+  /// other change is told in two steps (all gone, all new): told in one, GTK would ask for every row in
+  /// search of the old selection.
+  bool replace(SharedMessageList messages, std::shared_ptr<const ConversationCounts> counts);
 
   /// Whether the model holds these very objects already.
   [[nodiscard]] bool shows(const SharedMessageList& messages,
@@ -52,9 +50,6 @@ class MessageListModel : public Gio::ListModel, public Glib::Object {
   [[nodiscard]] const std::shared_ptr<const EmailMessage>& messageAt(guint position) const {
     return messages_[position];
   }
-  /// Where the message with this id stands, if it is there.
-  [[nodiscard]] std::optional<guint> positionOf(std::string_view messageID) const;
-
   /// How many row objects have been made so far; for tests.
   [[nodiscard]] std::uint64_t itemsMade() const { return itemsMade_; }
 

@@ -41,7 +41,7 @@ MessageListView::MessageListView(ContentView& screen)
   subscriptions_.push_back(screen_.cachedConversationCounts.observe([this] { messagesChanged(); }));
   subscriptions_.push_back(screen_.selectedMessageID.observe([this] {
     if (!messagesIdle_.connected()) {
-      showSelection();
+      showSelection(true);
     }
   }));
   subscriptions_.push_back(screen_.searchText.observe([this] {
@@ -130,26 +130,24 @@ void MessageListView::showMessages() {
     return;
   }
   isUpdating_ = true;
-  // Nothing stays selected across the change: GTK would look for it among all new rows.
-  selection_->unselect_all();
-  model_->replace(messages, counts);
+  const bool keepsPlaces = model_->replace(messages, counts);
   isUpdating_ = false;
   stack_.set_visible_child(messages.empty() ? emptyPage : listPage);
-  showSelection();
+  showSelection(!keepsPlaces);
 }
 
-void MessageListView::showSelection() {
+void MessageListView::showSelection(bool scrolls) {
   const auto& id = screen_.selectedMessageID();
   const guint selected = selection_->get_selected();
   if (id && selected < model_->size() && model_->messageAt(selected)->id == *id) {
     return;
   }
-  const auto position = id ? model_->positionOf(*id) : std::nullopt;
+  const auto position = id ? screen_.filteredPositionOf(*id) : std::nullopt;
   isUpdating_ = true;
-  selection_->set_selected(position ? *position : GTK_INVALID_LIST_POSITION);
+  selection_->set_selected(position ? static_cast<guint>(*position) : GTK_INVALID_LIST_POSITION);
   isUpdating_ = false;
-  if (position) {
-    scrollTo(*position);
+  if (position && scrolls) {
+    scrollTo(static_cast<guint>(*position));
   }
 }
 

@@ -31,7 +31,7 @@ class MessageListView : public Gtk::Box {
   void makeEmptyPage();
   void messagesChanged();
   void showMessages();
-  void showSelection();
+  void showSelection(bool scrolls);
   void selectionChosen();
   void scrollTo(guint position);
 

@@ -60,6 +60,9 @@ TEST(SharedMessageList, APartShowsTheMessagesAtItsPlaces) {
   EXPECT_EQ(part.get(), (MessageList{plain[0], plain[5], plain[2000]}));
   EXPECT_EQ(part, SharedMessageList(MessageList{plain[0], plain[5], plain[2000]}));
   EXPECT_EQ(part.front(), plain[0]);
+  EXPECT_EQ(part.indexOf(2000), 2U);
+  EXPECT_EQ(part.indexOf(6), std::nullopt);
+  EXPECT_EQ(SharedMessageList(plain).indexOf(6), 6U);
 }
 
 TEST(SharedMessageList, DifferencesAreFoundWhereMessagesWereReplaced) {

@@ -97,12 +97,18 @@ TEST_F(MessageListModelTest, AFarScrollMakesFewRowObjects) {
   EXPECT_LT(model_->itemsMade() - before, fewItems);
 }
 
-TEST_F(MessageListModelTest, AMessageIsFoundByItsIdentity) {
-  model_->replace(makeMessages(1000, "m"), makeCounts());
-  EXPECT_EQ(model_->positionOf("m0"), 0U);
-  EXPECT_EQ(model_->positionOf("m999"), 999U);
-  EXPECT_EQ(model_->positionOf("m1000"), std::nullopt);
-  EXPECT_EQ(model_->messageAt(42)->id, "m42");
+TEST_F(MessageListModelTest, AnExchangedMessageMakesOneRowAnew) {
+  const auto counts = makeCounts();
+  const auto messages = makeMessages(manyMessages, "m");
+  EXPECT_FALSE(model_->replace(messages, counts));
+  runPending();
+  const auto before = model_->itemsMade();
+  auto changed = std::make_shared<EmailMessage>(*messages[3]);
+  changed->subject = "Changed";
+  EXPECT_TRUE(model_->replace(messages.replacing(3, changed), counts));
+  runPending();
+  EXPECT_EQ(model_->messageAt(3)->subject, "Changed");
+  EXPECT_LE(model_->itemsMade() - before, 2U);
 }
 
 TEST_F(MessageListModelTest, AConversationMissingFromTheMapCountsAsOne) {
