@@ -8,6 +8,7 @@
 
 #include "classify/token_segment_builder.h"
 #include "classify/tokenizer.h"
+#include "platform/text_numbers.h"
 
 namespace tidewrack {
 namespace {
@@ -220,19 +221,22 @@ void FullTextSearchIndex::align(const MessageList& messages) {
   if (!data_) {
     return;
   }
-  std::unordered_map<Text, std::uint32_t> positionOf;
-  positionOf.reserve(messages.size());
+  TextNumbers ids;
+  ids.reserve(messages.size());
+  std::vector<std::uint32_t> positionOf;  // By the number of the id.
   for (std::size_t i = 0; i < messages.size(); ++i) {
-    positionOf.emplace(messages[i]->id, static_cast<std::uint32_t>(i));
+    if (ids.numberOf(messages[i]->id) == positionOf.size()) {
+      positionOf.push_back(static_cast<std::uint32_t>(i));
+    }
   }
   auto data = std::make_shared<Data>(*data_);
   for (auto& part : data->parts) {
     part.messages.assign(part.positions.size(), nullptr);
     for (std::size_t n = 0; n < part.positions.size(); ++n) {
-      const auto found = positionOf.find(part.segment->messageIDs()[n]);
-      part.positions[n] = found == positionOf.end() ? nowhere : found->second;
-      if (found != positionOf.end()) {
-        part.messages[n] = messages[found->second];
+      const auto id = ids.find(part.segment->messageIDs()[n].view());
+      part.positions[n] = id ? positionOf[*id] : nowhere;
+      if (id) {
+        part.messages[n] = messages[positionOf[*id]];
       }
     }
   }

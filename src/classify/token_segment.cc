@@ -153,11 +153,20 @@ void TokenSegmentLoader::add(std::string_view token, std::span<const std::uint32
   segment.tokenBytes_ += token;
   segment.tokenEnds_.push_back(segment.tokenBytes_.size());
   std::uint32_t last = 0;
+  // Room for the longest form of each; one byte each is the rule.
+  auto& postings = segment.postings_;
+  const std::size_t before = postings.size();
+  if (postings.capacity() < before + numbers.size() * longestNumber) {
+    postings.reserve((before + numbers.size() * longestNumber) * 2);
+  }
+  postings.resize(before + numbers.size() * longestNumber);
+  char* end = postings.data() + before;
   for (const auto number : numbers) {
-    appendNumber(segment.postings_, number - last);
+    end = writeNumber(end, number - last);
     last = number;
   }
-  segment.postingEnds_.push_back(segment.postings_.size());
+  postings.resize(static_cast<std::size_t>(end - postings.data()));
+  segment.postingEnds_.push_back(postings.size());
   segment.pairCount_ += numbers.size();
 }
 

@@ -8,12 +8,22 @@
 /// Numbers of variable length: seven bits a byte, low bits first, the high bit set on all bytes but the last.
 namespace tidewrack {
 
-inline void appendNumber(std::string& bytes, std::uint32_t number) {
+/// Bytes of the longest number.
+inline constexpr std::size_t longestNumber = 5;
+
+/// Writes a number to a place with room for the longest one, and gives the place behind it.
+inline char* writeNumber(char* place, std::uint32_t number) noexcept {
   while (number >= 0x80) {
-    bytes.push_back(static_cast<char>(number | 0x80U));
+    *place++ = static_cast<char>(number | 0x80U);
     number >>= 7U;
   }
-  bytes.push_back(static_cast<char>(number));
+  *place++ = static_cast<char>(number);
+  return place;
+}
+
+inline void appendNumber(std::string& bytes, std::uint32_t number) {
+  char place[longestNumber];
+  bytes.append(place, writeNumber(place, number));
 }
 
 /// Reads the number at `position`, which then stands behind it. The bytes come from appendNumber.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <limits>
 #include <string>
 #include <unordered_map>
@@ -90,18 +91,25 @@ void writeDocuments(std::span<const Text> messageIDs, SQLiteConnection& connecti
 }
 
 std::vector<Text> readDocuments(SQLiteConnection& connection) {
-  std::vector<Text> messageIDs;
-  auto documents = connection.prepare(
-      "SELECT d.number, m.id FROM searchDocument d JOIN message m ON m.number = d.message");
+  // The ids come from their index, which is read in one sweep; the rows of the messages are large.
+  std::vector<std::pair<std::int64_t, std::uint32_t>> numberOfMessage;
+  std::size_t count = 0;
+  auto documents = connection.prepare("SELECT message, number FROM searchDocument ORDER BY message");
   while (documents.step()) {
-    const auto number = static_cast<std::uint64_t>(documents.integer(0));
-    if (number > std::numeric_limits<std::uint32_t>::max()) {
-      continue;
+    const auto number = static_cast<std::uint64_t>(documents.integer(1));
+    if (number < std::numeric_limits<std::uint32_t>::max()) {
+      numberOfMessage.emplace_back(documents.integer(0), static_cast<std::uint32_t>(number));
+      count = std::max(count, static_cast<std::size_t>(number) + 1);
     }
-    if (number >= messageIDs.size()) {
-      messageIDs.resize(number + 1);
+  }
+  std::vector<Text> messageIDs(count);
+  auto messages = connection.prepare("SELECT number, id FROM message");
+  while (!numberOfMessage.empty() && messages.step()) {
+    const auto found = std::ranges::lower_bound(numberOfMessage, messages.integer(0), {},
+                                                &std::pair<std::int64_t, std::uint32_t>::first);
+    if (found != numberOfMessage.end() && found->first == messages.integer(0)) {
+      messageIDs[found->second] = messages.bytes(1);
     }
-    messageIDs[number] = documents.bytes(1);
   }
   return messageIDs;
 }
@@ -130,6 +138,8 @@ class RowReader {
   [[nodiscard]] const std::vector<std::uint32_t>& numbers() const { return numbers_; }
 
  private:
+  static bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
+
   bool takes(char wanted) {
     const bool isThere = position_ < row_.size() && row_[position_] == wanted;
     position_ += isThere ? 1 : 0;
@@ -139,16 +149,19 @@ class RowReader {
   bool readNumbers() {
     std::uint64_t number = 0;
     for (bool isFirst = true; position_ < row_.size(); isFirst = false) {
-      std::uint32_t difference = 0;
-      const auto parsed = std::from_chars(row_.data() + position_, row_.data() + row_.size(), difference);
+      std::uint64_t difference = 0;
+      const std::size_t begin = position_;
+      for (; position_ < row_.size() && isDigit(row_[position_]); ++position_) {
+        difference = difference * 10 + static_cast<std::uint64_t>(row_[position_] - '0');
+      }
       number += difference;
-      if (parsed.ec != std::errc() || (difference == 0 && !isFirst)) {
+      const auto digits = position_ - begin;
+      if (digits == 0 || digits > mostDigits || (difference == 0 && !isFirst)) {
         return false;
       }
       if (number < limit_) {
         numbers_.push_back(static_cast<std::uint32_t>(number));
       }
-      position_ = static_cast<std::size_t>(parsed.ptr - row_.data());
       if (takes(']')) {
         return true;
       }
