@@ -17,8 +17,10 @@
 #include "child_roles.h"
 #include "derived_bench.h"
 #include "mail/mbox_importer.h"
+#include "mail_indexers.h"
 #include "measure.h"
 #include "reference_pass.h"
+#include "search_measures.h"
 
 namespace tidewrack::bench {
 namespace {
@@ -26,7 +28,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* usage =
-    "Usage: tidewrack-bench [--quick] [--turns N] [--only parse|import|start|derived] [--folder FOLDER]\n"
+    "Usage: tidewrack-bench [--quick] [--turns N] [--only parse|import|start|derived|search|tools]\n"
+    "                       [--folder FOLDER]\n"
     "  --quick    archives of a tenth of the size\n"
     "  --turns    how often each piece of work is timed; the median counts (3)\n"
     "  --folder   where archives and databases go (build/bench/data)\n";
@@ -199,6 +202,36 @@ void measureStart(const Options& options, const Archive& archive, Table& table) 
 
 constexpr std::size_t derivedMessages = 1'000'000;
 
+/// From the archive to a library that can be searched, against the indexers of other mail tools over the same
+/// messages as a Maildir. One turn of theirs takes minutes.
+void measureAgainstTools(const Options& options, const Archive& archive, const ArchivePlan& plan,
+                         double muGoal, double notmuchGoal, Table& table) {
+  const auto maildir = options.folder / ("maildir-" + archive.name);
+  const auto scratch = options.folder / "indexers";
+  const auto world = options.folder / ("world-" + archive.name);
+  {
+    MaildirWriter writer(maildir);
+    generateArchive(plan, [&writer](std::string_view message) { writer.write(message); });
+  }
+  const auto import = [&] {
+    fs::remove_all(world);
+    sync();
+    return runChild({"role:import", archive.file}, world)["wholeSeconds"];
+  };
+  const auto add = [&](const char* tool, double (*index)(const fs::path&, const fs::path&), double goal) {
+    double reference = 0;
+    const auto pair = medianOfTurns(1, import, [&] { return reference = index(maildir, scratch); });
+    if (reference < 0) {
+      table.addNote("import to searchable, " + archive.name, std::string(tool) + " is not installed");
+    } else {
+      table.addRatio("import to searchable, " + archive.name + " (" + tool + ")", pair, goal);
+    }
+  };
+  add("mu index", muIndexSeconds, muGoal);
+  add("notmuch new", notmuchNewSeconds, notmuchGoal);
+  fs::remove_all(maildir);
+}
+
 int run(const Options& options) {
   const std::uint64_t scale = options.quick ? 10 : 1;
   const auto wants = [&](const char* what) { return options.only.empty() || options.only == what; };
@@ -207,10 +240,10 @@ int run(const Options& options) {
     measureDerivedState(derivedMessages / scale, options.turns, options.folder, table);
     return table.allReached() ? EXIT_SUCCESS : EXIT_FAILURE;
   }
-  const auto large =
-      makeArchive(options, "large", {ArchiveKind::large, 1'000'000'000 / scale, 1, LineEnds::lf});
-  const auto small =
-      makeArchive(options, "small", {ArchiveKind::small, 400'000'000 / scale, 1, LineEnds::lf});
+  const ArchivePlan largePlan{ArchiveKind::large, 1'000'000'000 / scale, 1, LineEnds::lf};
+  const ArchivePlan smallPlan{ArchiveKind::small, 400'000'000 / scale, 1, LineEnds::lf};
+  const auto large = makeArchive(options, "large", largePlan);
+  const auto small = makeArchive(options, "small", smallPlan);
   std::printf(
       "large: %.0f MB, %llu messages; small: %.0f MB, %llu messages\n",
       static_cast<double>(fs::file_size(large.file)) / 1e6, static_cast<unsigned long long>(large.messages),
@@ -237,6 +270,14 @@ int run(const Options& options) {
   }
   if (wants("derived")) {
     measureDerivedState(derivedMessages / scale, options.turns, options.folder, table);
+  }
+  if (wants("search")) {
+    measureSearch(large.file, large.name, false, options.folder / "search", options.turns, table);
+    measureSearch(small.file, small.name, true, options.folder / "search", options.turns, table);
+  }
+  if (wants("tools")) {
+    measureAgainstTools(options, large, largePlan, 1.0 / 5, 1.0 / 15, table);
+    measureAgainstTools(options, small, smallPlan, 1.0 / 25, 1.0 / 45, table);
   }
   return table.allReached() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -11,6 +11,7 @@
 #include <malloc.h>
 #include <unistd.h>
 
+#include "classify/search_token_store.h"
 #include "library/store_operations.h"
 #include "mail/json_coding.h"
 #include "mail/mbox_importer.h"
@@ -65,7 +66,8 @@ struct Screen {
     view = std::make_unique<ContentView>(ContentViewServices{.executor = executor,
                                                              .settings = settings,
                                                              .container = makeSharedModelContainer(arguments),
-                                                             .arguments = arguments});
+                                                             .arguments = arguments,
+                                                             .tokenStore = &tokens});
   }
   void run(Task<> flow) {
     executor.runUntil([&] { return flow.done(); });
@@ -74,6 +76,7 @@ struct Screen {
 
   MainLoopExecutor executor;
   Settings settings;
+  PersistedSearchTokenStore tokens;
   std::unique_ptr<ContentView> view;
 };
 

@@ -152,13 +152,18 @@ void Table::row(const std::string& what, const std::string& measured, const std:
 
 void Table::addRatio(const std::string& what, const Pair& pair, double goal) {
   row(what, text("%.3f s", pair.measured), text("%.3f s", pair.reference), text("%.2f", pair.ratio()),
-      goal > 0 ? text("<= %.1f", goal) : "", goal <= 0 || pair.ratio() <= goal);
+      goal > 0 ? text("<= %.3g", goal) : "", goal <= 0 || pair.ratio() <= goal);
 }
 
 void Table::addBytes(const std::string& what, double bytes, double limit) {
   const char* format = limit < 10'000 ? "%.0f B" : "%.1f MB";
   const double unit = limit < 10'000 ? 1 : 1e6;
   row(what, text(format, bytes / unit), "", "", "<= " + text(format, limit / unit), bytes <= limit);
+}
+
+void Table::addBytesAPair(const std::string& what, double bytes, double limit) {
+  row(what, text("%.2f B", bytes), "", "", limit > 0 ? text("<= %.3g B", limit) : "",
+      limit <= 0 || bytes <= limit);
 }
 
 void Table::addMilliseconds(const std::string& what, double milliseconds, double limit) {

@@ -54,6 +54,8 @@ class Table {
   void addRatio(const std::string& what, const Pair& pair, double goal);
   /// A number of bytes with its limit.
   void addBytes(const std::string& what, double bytes, double limit);
+  /// Bytes for one of something small, with their limit, or without one when that is 0.
+  void addBytesAPair(const std::string& what, double bytes, double limit);
   /// A time in milliseconds with its limit.
   void addMilliseconds(const std::string& what, double milliseconds, double limit);
   /// A value for information, without a goal.
