@@ -35,8 +35,12 @@ void TokenSegmentBuilder::grow() {
 TokenSegmentBuilder::Entry& TokenSegmentBuilder::insert(Slot& slot, std::string_view token, Key key,
                                                         std::uint32_t number) {
   ++pairCount_;
-  slot = {key.beginning, static_cast<std::uint32_t>(token.size()), key.hash,
-          static_cast<std::uint32_t>(entries_.size()), number};
+  slot = {key.beginning,
+          key.ending,
+          static_cast<std::uint32_t>(token.size()),
+          key.hash,
+          static_cast<std::uint32_t>(entries_.size()),
+          number};
   auto& entry = entries_.emplace_back();
   entry.token = tokenBytes_.size();
   entry.size = slot.size;

@@ -30,7 +30,8 @@ class TokenSegmentBuilder {
   /// One place of the hash table. What decides about most tokens lies here, so that a token which the message
   /// has had already costs one look into memory.
   struct Slot {
-    std::uint64_t beginning = 0;  // The first bytes of the token, all of them up to eight.
+    std::uint64_t beginning = 0;  // The first bytes of the token, all of them up to eight,
+    std::uint64_t ending = 0;     // and the last eight of a longer one.
     std::uint32_t size = 0;       // Of the token; 0 in an empty place.
     std::uint32_t hash = 0;
     std::uint32_t entry = 0;  // In entries_.
@@ -45,12 +46,15 @@ class TokenSegmentBuilder {
   };
   struct Key {
     std::uint64_t beginning;
+    std::uint64_t ending;
     std::uint32_t hash;
   };
 
   [[nodiscard]] Key keyOf(std::string_view token) const {
     const auto beginning = beginningOf(token);
-    return {beginning, hashOf(token, beginning, seed_)};
+    const auto ending =
+        token.size() > hashWord ? loadBytes(token.data() + token.size() - hashWord, hashWord) : 0;
+    return {beginning, ending, hashOf(token, beginning, seed_)};
   }
   [[nodiscard]] std::string_view tokenOf(const Entry& entry) const {
     return std::string_view(tokenBytes_).substr(entry.token, entry.size);
@@ -73,9 +77,9 @@ inline TokenSegmentBuilder::Slot& TokenSegmentBuilder::slotFor(std::string_view 
   const auto mask = slots_.size() - 1;
   for (std::size_t place = key.hash & mask;; place = (place + 1) & mask) {
     Slot& slot = slots_[place];
-    if (slot.size == 0 ||
-        (slot.hash == key.hash && slot.size == token.size() && slot.beginning == key.beginning &&
-         (token.size() <= hashWord || tokenOf(entries_[slot.entry]) == token))) {
+    if (slot.size == 0 || (slot.hash == key.hash && slot.size == token.size() &&
+                           slot.beginning == key.beginning && slot.ending == key.ending &&
+                           (token.size() <= 2 * hashWord || tokenOf(entries_[slot.entry]) == token))) {
       return slot;
     }
   }
