@@ -1,5 +1,7 @@
 #include "ui/sidebar_view.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <utility>
 
 #include "platform/localized.h"
@@ -8,6 +10,9 @@
 
 namespace tidewrack::ui {
 namespace {
+
+// Each new line is a row to make and to measure, so a long outline comes in several turns of the main loop.
+constexpr guint newLinesPerTurn = 48;
 
 Glib::RefPtr<SidebarItem> itemOf(const Glib::RefPtr<Glib::ObjectBase>& treeRow) {
   const auto row = std::dynamic_pointer_cast<Gtk::TreeListRow>(treeRow);
@@ -121,6 +126,10 @@ void SidebarView::sectionsChanged(const std::vector<SidebarSection::Kind>& kinds
     sections_.at(static_cast<std::size_t>(kind)).isStale = true;
   }
   // Several fields change together; the sections are worked out once.
+  scheduleSections(Glib::PRIORITY_HIGH);
+}
+
+void SidebarView::scheduleSections(int priority) {
   if (!sectionsIdle_.connected()) {
     sectionsIdle_ = Glib::signal_idle().connect(
         [this] {
@@ -128,7 +137,7 @@ void SidebarView::sectionsChanged(const std::vector<SidebarSection::Kind>& kinds
           showSections();
           return false;
         },
-        Glib::PRIORITY_HIGH);
+        priority);
   }
 }
 
@@ -142,16 +151,23 @@ void SidebarView::showSections() {
     }
     wanted.insert(wanted.end(), shown.items.begin(), shown.items.end());
   }
+  const auto count = std::min<std::size_t>(wanted.size(), roots_->get_n_items() + newLinesPerTurn);
+  const auto end = wanted.begin() + static_cast<std::ptrdiff_t>(count);
+  std::vector<Glib::RefPtr<SidebarItem>> inLine(wanted.begin(), end);
   isUpdating_ = true;
-  SidebarItem::bringInLine(*roots_.get(), wanted);
+  SidebarItem::bringInLine(*roots_.get(), inLine);
   isUpdating_ = false;
+  std::copy(inLine.begin(), inLine.end(), wanted.begin());
   auto at = wanted.begin();
   for (auto& shown : sections_) {
-    const auto end = at + static_cast<std::ptrdiff_t>(shown.items.size());
-    shown.items.assign(at, end);
-    at = end;
+    const auto endOfSection = at + static_cast<std::ptrdiff_t>(shown.items.size());
+    shown.items.assign(at, endOfSection);
+    at = endOfSection;
   }
   showSelection();
+  if (count < wanted.size()) {
+    scheduleSections(Glib::PRIORITY_DEFAULT_IDLE);  // Behind what the user does, and behind drawing.
+  }
 }
 
 Glib::RefPtr<SidebarItem> SidebarView::itemAt(guint position) const {

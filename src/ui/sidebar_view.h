@@ -23,6 +23,7 @@ class SidebarView : public Gtk::ScrolledWindow {
  private:
   void observeScreen();
   void sectionsChanged(const std::vector<SidebarSection::Kind>& kinds);
+  void scheduleSections(int priority);
   void showSections();
   void showSelection();
   void selectionChosen();
