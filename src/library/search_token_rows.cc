@@ -15,7 +15,7 @@ namespace tidewrack {
 namespace {
 
 // Large enough that the part of a page which the end of a row leaves empty does not count.
-constexpr std::size_t bytesInARow = 256 * 1024;
+constexpr std::size_t bytesInARow = std::size_t{256} << 10U;
 constexpr std::size_t mostDigits = std::numeric_limits<std::uint32_t>::digits10 + 1;
 
 /// Collects words into rows.
