@@ -70,19 +70,13 @@ HTMLView::HTMLView() {
   cancellable_ = g_cancellable_new();
   makeView();
   refuseEverythingElse();
-  watch_ = std::make_unique<PageWatch>(view_, [this] {
-    terminateQuietly();
-    if (!memory_.isEmpty()) {
-      giveUp();
-    }
-  });
+  watch_ =
+      std::make_unique<PageWatch>(view_, [this](PageWatch::Culprit culprit) { showPageBehindHang(culprit); });
   attachContentFilter(webkit_web_view_get_user_content_manager(view_), cancellable_, [this](bool succeeded) {
     filter_ = succeeded ? FilterState::attached : FilterState::failed;
-    if (waitingDocument_.empty()) {
-      return;
+    if (document_) {
+      loadCurrent();
     }
-    const std::string document = std::exchange(waitingDocument_, {});
-    load(document);
   });
 }
 
@@ -108,6 +102,8 @@ void HTMLView::makeView() {
   view_ = WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, "settings", settings,
                                        "user-content-manager", manager, nullptr));
   g_object_ref_sink(view_);
+  // A message is seldom shown twice; what its page used is better given back.
+  webkit_web_context_set_cache_model(webkit_web_view_get_context(view_), WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
   g_object_unref(manager);
   g_object_unref(settings);
   g_object_unref(session);
@@ -202,12 +198,13 @@ void HTMLView::refuseEverythingElse() {
 void HTMLView::update(const SharedHTML& html, HTMLAppearance appearance, bool invertContent) {
   applyAppearance(appearance);
   if (const auto document = memory_.documentToLoad(html, appearance, invertContent)) {
+    styleInverted(appearance, invertContent);
     load(*document);
   }
 }
 
 void HTMLView::clear() {
-  waitingDocument_.clear();
+  document_.reset();
   if (memory_.isEmpty()) {
     return;
   }
@@ -218,25 +215,51 @@ void HTMLView::clear() {
   }
 }
 
+// The filter turns a page over that was made for the other appearance, but the text that names no colour of
+// its own has the shown one's: turned over, it would be dark on dark. The page's own rules hold against this
+// one where they name more than the body.
+void HTMLView::styleInverted(HTMLAppearance appearance, bool invertContent) {
+  WebKitUserContentManager* manager = webkit_web_view_get_user_content_manager(view_);
+  webkit_user_content_manager_remove_all_style_sheets(manager);
+  if (!invertContent || appearance != HTMLAppearance::dark) {
+    return;
+  }
+  const std::string rule = "html body { color: " + std::string(textColor(HTMLAppearance::light)) + "; }";
+  WebKitUserStyleSheet* sheet = webkit_user_style_sheet_new(
+      rule.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME, WEBKIT_USER_STYLE_LEVEL_AUTHOR, nullptr, nullptr);
+  webkit_user_content_manager_add_style_sheet(manager, sheet);
+  webkit_user_style_sheet_unref(sheet);
+}
+
 void HTMLView::load(const std::string& document) {
-  switch (filter_) {
-    case FilterState::pending:
-      waitingDocument_ = document;
-      return;
-    case FilterState::failed:
-      giveUp();
-      return;
-    case FilterState::attached:
-      break;
+  // As bytes: a text would end at the first zero byte.
+  document_ = {g_bytes_new(document.data(), document.size()), &g_bytes_unref};
+  if (filter_ != FilterState::pending) {
+    loadCurrent();
   }
-  if (watch_->isHeldUp()) {
-    terminateQuietly();  // This page does not wait for the one before.
+}
+
+void HTMLView::loadCurrent() {
+  if (filter_ != FilterState::attached) {
+    giveUp();
+    return;
   }
-  // As bytes: a text would end at the first zero byte. Without a base every relative address leads nowhere.
-  GBytes* bytes = g_bytes_new(document.data(), document.size());
-  webkit_web_view_load_bytes(view_, bytes, "text/html", "UTF-8", nullptr);
-  g_bytes_unref(bytes);
-  watch_->start(patience_ + patiencePerMegabyte * static_cast<long>(document.size() >> 20U));
+  // Without a base every relative address leads nowhere.
+  webkit_web_view_load_bytes(view_, document_.get(), "text/html", "UTF-8", nullptr);
+  watch_->start(patience_ +
+                patiencePerMegabyte * static_cast<long>(g_bytes_get_size(document_.get()) >> 20U));
+}
+
+void HTMLView::showPageBehindHang(PageWatch::Culprit culprit) {
+  terminateQuietly();
+  if (!document_) {
+    return;
+  }
+  if (culprit == PageWatch::Culprit::before) {
+    loadCurrent();
+  } else {
+    giveUp();
+  }
 }
 
 void HTMLView::loadEnded() {
@@ -255,6 +278,7 @@ void HTMLView::terminateQuietly() {
 
 void HTMLView::giveUp() {
   memory_.forget();
+  document_.reset();
   unavailable_.emit();
 }
 

@@ -56,6 +56,9 @@ class HTMLView : public Gtk::Box {
   void refuseEverythingElse();
   void applyAppearance(HTMLAppearance appearance);
   void load(const std::string& document);
+  void loadCurrent();
+  void showPageBehindHang(PageWatch::Culprit culprit);
+  void styleInverted(HTMLAppearance appearance, bool invertContent);
   void giveUp();
   void loadEnded();
   void terminateQuietly();
@@ -74,7 +77,7 @@ class HTMLView : public Gtk::Box {
   bool isTerminating_ = false;  ///< The process ends because the view wants it.
   GCancellable* cancellable_ = nullptr;
   FilterState filter_ = FilterState::pending;
-  std::string waitingDocument_;  ///< What is to be loaded once the filter is attached.
+  std::shared_ptr<GBytes> document_;  ///< What is shown, or will be once the filter is attached; or null.
   HTMLLoadMemory memory_;
   sigc::signal<void()> unavailable_;
   sigc::signal<void(const std::string&)> openLink_;

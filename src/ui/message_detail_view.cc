@@ -13,6 +13,9 @@ namespace {
 
 constexpr const char* messagePage = "message";
 constexpr const char* placeholderPage = "placeholder";
+// For how long the body before may stand under a new header. Hiding the page costs more than most bodies
+// take.
+constexpr unsigned blankAfterMilliseconds = 100;
 
 // Hands a pressed link to the desktop.
 void openOutside(Gtk::Widget& from, const std::string& url) {
@@ -56,6 +59,7 @@ MessageDetailView::MessageDetailView(ContentView& screen, IntelligenceService& i
 }
 
 MessageDetailView::~MessageDetailView() {
+  blank_.disconnect();
   g_signal_handler_disconnect(adw_style_manager_get_default(), darkHandler_);
 }
 
@@ -104,6 +108,7 @@ void MessageDetailView::showMessage() {
 
 void MessageDetailView::showBody() {
   const DetailBody& body = detail_.body();
+  blank_.disconnect();
   if (body.mode == BodyDisplayMode::html) {
     hideNotice();
     if (body.html) {
@@ -112,22 +117,31 @@ void MessageDetailView::showBody() {
       // A page that cannot be shown at all has turned the mode to text by now.
       if (detail_.displayMode() == BodyDisplayMode::html) {
         bodies_.set_visible_child(view);
+        text_.setText(nullptr);
       }
     } else {
-      bodies_.set_visible_child(noBody_);
+      showNoBodySoon();
     }
-    text_.setText(nullptr);
     return;
   }
+  if (!body.text) {
+    showNoBodySoon();
+    return;
+  }
+  text_.setText(body.text);
+  bodies_.set_visible_child(text_);
   if (html_ != nullptr) {
     html_->clear();
   }
-  if (body.text) {
-    text_.setText(body.text);
-    bodies_.set_visible_child(text_);
-  } else {
-    bodies_.set_visible_child(noBody_);
-  }
+}
+
+void MessageDetailView::showNoBodySoon() {
+  blank_ = Glib::signal_timeout().connect(
+      [this] {
+        bodies_.set_visible_child(noBody_);
+        return false;
+      },
+      blankAfterMilliseconds);
 }
 
 void MessageDetailView::htmlUnavailable() {

@@ -42,6 +42,7 @@ class MessageDetailView : public Gtk::Box {
   HTMLView& ensureHTMLView();
   void showMessage();
   void showBody();
+  void showNoBodySoon();
   void htmlUnavailable();
   void hideNotice();
   void showSaveError();
@@ -59,6 +60,7 @@ class MessageDetailView : public Gtk::Box {
   AttachmentsView attachments_;
   std::optional<Text> noticeMessageID_;  ///< The message whose page could not be shown.
   gulong darkHandler_ = 0;
+  sigc::connection blank_;
   std::vector<Subscription> subscriptions_;
 };
 

@@ -7,10 +7,10 @@ namespace tidewrack::ui {
 /// A question that the page has not answered yet. It outlives a watch that no longer wants the answer.
 struct PageWatch::Question {
   PageWatch* watch;
-  std::chrono::steady_clock::time_point asked = std::chrono::steady_clock::now();
+  Culprit asked = Culprit::shown;
 };
 
-PageWatch::PageWatch(WebKitWebView* view, std::function<void()> onHang)
+PageWatch::PageWatch(WebKitWebView* view, std::function<void(Culprit)> onHang)
     : view_(view), onHang_(std::move(onHang)) {}
 
 PageWatch::~PageWatch() {
@@ -18,10 +18,16 @@ PageWatch::~PageWatch() {
 }
 
 void PageWatch::start(Milliseconds patience) {
-  stop();
   patience_ = patience;
   questionsLeft_ = -1;
-  ask();
+  if (open_) {  // The page before still owes its answer.
+    if (open_->asked == Culprit::shown) {
+      open_->asked = Culprit::before;
+      expect(patienceWithPageBefore);
+    }
+  } else {
+    ask();
+  }
 }
 
 void PageWatch::loadEnded() {
@@ -63,14 +69,20 @@ void PageWatch::ask() {
         }
       },
       new std::shared_ptr<Question>(open_));
+  expect(patience_);
+}
+
+void PageWatch::expect(Milliseconds patience) {
+  deadline_.disconnect();
   deadline_ = Glib::signal_timeout().connect(
       [this] {
+        const auto culprit = open_->asked;
         const auto onHang = onHang_;
         stop();
-        onHang();
+        onHang(culprit);
         return false;
       },
-      static_cast<unsigned>(patience_.count()));
+      static_cast<unsigned>(patience.count()));
 }
 
 void PageWatch::answered() {
@@ -89,10 +101,6 @@ void PageWatch::askLater() {
         return false;
       },
       pauseMilliseconds);
-}
-
-bool PageWatch::isHeldUp() const {
-  return open_ && std::chrono::steady_clock::now() - open_->asked >= heldUpAfter;
 }
 
 }  // namespace tidewrack::ui

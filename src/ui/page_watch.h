@@ -16,8 +16,12 @@ class PageWatch {
  public:
   using Milliseconds = std::chrono::milliseconds;
 
-  /// Calls `onHang` once for a question that stays unanswered for the patience. `view` outlives the watch.
-  PageWatch(WebKitWebView* view, std::function<void()> onHang);
+  /// Who hangs: the page that is shown, or the one before, behind which the shown one waits.
+  enum class Culprit { shown, before };
+
+  /// Calls `onHang` once for a question that stays unanswered for the patience, or, where a new page waits,
+  /// for a moment. `view` outlives the watch.
+  PageWatch(WebKitWebView* view, std::function<void(Culprit)> onHang);
   ~PageWatch();
   PageWatch(const PageWatch&) = delete;
   PageWatch& operator=(const PageWatch&) = delete;
@@ -31,20 +35,18 @@ class PageWatch {
   /// Forgets the page, for one that is gone.
   void stop();
 
-  /// Whether a question has been open for long enough that a new page should not wait behind this one.
-  [[nodiscard]] bool isHeldUp() const;
-
  private:
   struct Question;
   void answered();
   void askLater();
+  void expect(Milliseconds patience);
 
   static constexpr unsigned pauseMilliseconds = 1000;
-  static constexpr Milliseconds heldUpAfter{1000};
+  static constexpr Milliseconds patienceWithPageBefore{1000};
   static constexpr int questionsAfterLoading = 3;
 
   WebKitWebView* view_;
-  std::function<void()> onHang_;
+  std::function<void(Culprit)> onHang_;
   Milliseconds patience_{};
   int questionsLeft_ = 0;  ///< Negative while the page loads.
   std::shared_ptr<Question> open_;

@@ -58,6 +58,42 @@ TEST_F(HTMLViewTest, LightTextReallyStandsOnADarkPage) {
   EXPECT_EQ(evaluate(view(), "getComputedStyle(document.body).filter"), "invert(1) hue-rotate(180deg)");
 }
 
+TEST_F(HTMLViewTest, TextWithoutAColourIsReadableOnAForcedBackground) {
+  show(
+      "<html><head></head><body><p id=a>plain</p><p id=b style='color: rgb(200, 0, "
+      "0)'>red</p></body></html>");
+  window_->detail().detail().setHTMLBackground(HTMLBackgroundPreference::dark);
+  // The filter turns black on white into white on black.
+  ASSERT_TRUE(runUntil([&] {
+    return evaluate(view(), "getComputedStyle(document.body).filter") == "invert(1) hue-rotate(180deg)";
+  }));
+  EXPECT_EQ(evaluate(view(), "getComputedStyle(document.body).backgroundColor"), "rgb(255, 255, 255)");
+  EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('a')).color"), "rgb(29, 29, 31)");
+  EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('b')).color"), "rgb(200, 0, 0)");
+  window_->detail().detail().setHTMLBackground(HTMLBackgroundPreference::light);
+  ASSERT_TRUE(runUntil([&] { return evaluate(view(), "getComputedStyle(document.body).filter") == "none"; }));
+  EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('a')).color"), "rgb(29, 29, 31)");
+}
+
+TEST_F(HTMLViewTest, ADarkMessageStandsOnADarkPageWhateverTheDesktop) {
+  show("<body bgcolor='#000000'><p id=a>night</p></body>");
+  EXPECT_EQ(evaluate(view(), "getComputedStyle(document.documentElement).colorScheme"), "dark");
+  EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('a')).color"), "rgb(230, 230, 230)");
+  EXPECT_EQ(evaluate(view(), "getComputedStyle(document.body).filter"), "none");
+}
+
+TEST_F(HTMLViewTest, InTheDarkAMessageOfNoAppearanceIsLightOnDark) {
+  open();
+  import(archive("html.mbox", htmlMessage("page@example.org", "<p id=a>plain</p>")));
+  ASSERT_TRUE(runUntil([this] { return window_->detail().htmlView() != nullptr && isLoaded(); }));
+  window_->detail().detail().setSystemIsDark(true);
+  ASSERT_TRUE(runUntil([&] {
+    return evaluate(view(), "getComputedStyle(document.body).backgroundColor") == "rgb(28, 28, 30)";
+  }));
+  EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('a')).color"), "rgb(230, 230, 230)");
+  EXPECT_EQ(evaluate(view(), "getComputedStyle(document.body).filter"), "none");
+}
+
 TEST_F(HTMLViewTest, APictureInThePageIsShown) {
   const std::string png =
       "iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+M9QDwADhgGAWjR9awAAAABJRU5ErkJggg==";
@@ -135,6 +171,7 @@ TEST_F(HTMLViewTest, APageThatLoopsForEverGivesWayToTheText) {
   EXPECT_TRUE(showsNotice());
   EXPECT_EQ(find<Gtk::TextView>("messageDetail.text")->get_buffer()->get_text(), "The text of the loop");
   // The next message is a page again, without the line.
+  window_->detail().htmlView()->setPatience(std::chrono::seconds(30));
   screen_->selectedMessageID.set(Text("good@example.org"));
   ASSERT_TRUE(runUntil([&] { return find("messageDetail.html") != nullptr; }));
   EXPECT_TRUE(
