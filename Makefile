@@ -3,6 +3,7 @@
 #   make run [ARCHIVE=file.mbox]   install what is missing, build, import the archive, open the window
 #   make test                      install what is missing, build, run every check and test
 #   make bench                     measure (BENCH_FLAGS="--quick" for a short run)
+#   make screenshots MAIL="FILE..."   draw HTML files and messages as the window shows them, in build/pages
 #   make install [PREFIX=/usr/local] [DESTDIR=]   build and install the programs
 #   make translations              bring po/ in line with the texts of the sources
 #   make lint                      formatting, layering, script and static checks
@@ -11,11 +12,14 @@
 ARCHIVE ?=
 TIDEWRACK_CORPUS ?=
 BENCH_FLAGS ?=
+MAIL ?=
+# Window programs draw on a display of their own.
+ON_DISPLAY = GDK_BACKEND=x11 GSK_RENDERER=cairo xvfb-run -a -s "-screen 0 1280x1000x24" dbus-run-session --
 PREFIX ?= /usr/local
 DESTDIR ?=
 CONFIGURE_FLAGS = -DTIDEWRACK_CORPUS="$(TIDEWRACK_CORPUS)"
 
-.PHONY: all packages build run test bench install translations lint clean
+.PHONY: all packages build run test bench screenshots install translations lint clean
 
 all: build
 
@@ -42,6 +46,15 @@ bench: packages
 	cmake --preset bench
 	cmake --build --preset bench
 	build/bench/tidewrack-bench $(BENCH_FLAGS)
+	cmake --preset release
+	cmake --build --preset release --target tidewrack-reading-figures
+	$(ON_DISPLAY) build/release/tidewrack-reading-figures
+
+screenshots: packages
+	cmake --preset release
+	cmake --build --preset release --target tidewrack-page-sheets
+	$(ON_DISPLAY) build/release/tidewrack-page-sheets build/pages \
+	  $(or $(MAIL),$(wildcard $(TIDEWRACK_CORPUS)/html/*.html $(TIDEWRACK_CORPUS)/html/*.eml))
 
 # A package's own scripts tell the desktop of the new files; without one that is done here.
 install: packages
