@@ -44,6 +44,7 @@ void setShortcuts(Gtk::Application& application) {
   application.set_accels_for_action("app.preferences", {"<Control>comma"});
   application.set_accels_for_action("win.import", {"<Control>o"});
   application.set_accels_for_action("win.search", {"<Control>f"});
+  application.set_accels_for_action("win.advanced-search", {"<Control><Shift>f"});
   application.set_accels_for_action("win.zoom-in", {"<Control>plus", "<Control>equal", "<Control>KP_Add"});
   application.set_accels_for_action("win.zoom-out", {"<Control>minus", "<Control>KP_Subtract"});
   application.set_accels_for_action("win.zoom-reset", {"<Control>0", "<Control>KP_0"});

@@ -152,6 +152,7 @@ Gtk::Widget* MainWindow::makeDetailColumn(IntelligenceService& intelligence) {
 void MainWindow::addActions() {
   window_->add_action("import", [this] { perform(ToolbarAction::importArchives, screen_); });
   window_->add_action("search", [this] { list_->focusSearch(); });
+  window_->add_action("advanced-search", [this] { perform(ToolbarAction::advancedSearch, screen_); });
   window_->add_action("zoom-in", [this] { detail_->zoomIn(); });
   window_->add_action("zoom-out", [this] { detail_->zoomOut(); });
   window_->add_action("zoom-reset", [this] { detail_->resetZoom(); });
