@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <thread>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -11,56 +12,79 @@ namespace {
 
 using UserLabelNode = LabelClassification::UserLabelNode;
 
-// Asks the memory for a message some steps before it is looked at: the messages of a list lie far apart.
-void prefetch(const MessageList& messages, std::size_t index) {
+constexpr std::size_t worthASecondThread = 50'000;  // messages
+
+// Goes through the messages, asking the memory for each some steps ahead: those of a list lie far apart.
+// `field` gives the field of a message that is wanted, `content` where its bytes lie.
+template <typename Field, typename Content, typename Visit>
+void forEachAhead(const MessageList& messages, Field field, Content content, Visit visit) {
   constexpr std::size_t stepsToMessage = 24;
-  constexpr std::size_t stepsToTexts = 12;
-  if (index + stepsToMessage < messages.size()) {
-    const EmailMessage& message = *messages[index + stepsToMessage];
-    __builtin_prefetch(&message.id);
-    __builtin_prefetch(&message.labels);
-  }
-  if (index + stepsToTexts < messages.size()) {
-    const EmailMessage& message = *messages[index + stepsToTexts];
-    __builtin_prefetch(message.id.view().data());
-    __builtin_prefetch(message.labels.data());
+  constexpr std::size_t stepsToContent = 12;
+  for (std::size_t i = 0; i < messages.size(); ++i) {
+    if (i + stepsToMessage < messages.size()) {
+      __builtin_prefetch(&field(*messages[i + stepsToMessage]));
+    }
+    if (i + stepsToContent < messages.size()) {
+      __builtin_prefetch(content(field(*messages[i + stepsToContent])));
+    }
+    visit(field(*messages[i]));
   }
 }
 
-// The messages whose id is not theirs alone, by the hashes of all ids. As a rule there is none: then sixteen
-// bits a message tell nearly all hashes apart.
-std::vector<LabelTally::Repeated> repeatedMessages(const MessageList& messages,
-                                                   const std::vector<LabelSets::Number>& labels,
-                                                   const std::vector<std::size_t>& hashes) {
-  const std::size_t mask = std::bit_ceil(messages.size() * 16 + 64) - 1;
-  std::vector<bool> isTaken(mask + 1);
-  std::vector<std::size_t> late;  // Hashes that found their bit taken.
-  for (const auto hash : hashes) {
-    if (isTaken[hash & mask]) {
-      late.push_back(hash);
-    }
-    isTaken[hash & mask] = true;
+/// A set of hashes that may also hold others: a bit for each remainder.
+class RoughSet {
+ public:
+  explicit RoughSet(std::size_t bits) : mask_(std::bit_ceil(bits) - 1), words_(mask_ / 64 + 1) {}
+
+  [[nodiscard]] bool contains(std::size_t hash) const { return (word(hash) & bit(hash)) != 0; }
+  /// Whether it was there before.
+  bool insert(std::size_t hash) {
+    const bool wasThere = contains(hash);
+    words_[(hash & mask_) / 64] |= bit(hash);
+    return wasThere;
   }
-  isTaken.assign(isTaken.size(), false);
+
+ private:
+  [[nodiscard]] std::uint64_t word(std::size_t hash) const { return words_[(hash & mask_) / 64]; }
+  static std::uint64_t bit(std::size_t hash) { return std::uint64_t{1} << (hash % 64); }
+
+  std::size_t mask_;
+  std::vector<std::uint64_t> words_;
+};
+
+// Where the messages stand whose id is not theirs alone. As a rule there is none, and 64 bits a message tell
+// nearly all hashes of ids apart.
+std::vector<std::size_t> repeatedPlaces(const MessageList& messages) {
+  RoughSet all(messages.size() * 64 + 64);
+  std::vector<std::size_t> hashes;
+  hashes.reserve(messages.size());
+  std::vector<std::size_t> late;  // Hashes that found their place taken.
+  forEachAhead(
+      messages, [](const EmailMessage& message) -> const Text& { return message.id; },
+      [](const Text& id) { return id.view().data(); },
+      [&](const Text& id) {
+        hashes.push_back(std::hash<Text>()(id));
+        if (all.insert(hashes.back())) {
+          late.push_back(hashes.back());
+        }
+      });
+  // For each late hash there is at least one earlier in its place, with the same hash or another.
+  RoughSet doubtful(late.size() * 64 + 64);
   for (const auto hash : late) {
-    isTaken[hash & mask] = true;
+    doubtful.insert(hash);
   }
-  std::unordered_map<std::size_t, int> counts;
-  const auto forEachUncertain = [&](auto visit) {
-    for (std::size_t i = 0; i < hashes.size(); ++i) {
-      if (isTaken[hashes[i] & mask]) {
-        visit(i);
-      }
+  std::unordered_map<std::size_t, std::vector<std::size_t>> placesOf;
+  for (std::size_t i = 0; i < hashes.size(); ++i) {
+    if (doubtful.contains(hashes[i])) {
+      placesOf[hashes[i]].push_back(i);
     }
-  };
-  counts.reserve(late.size() * 2);
-  forEachUncertain([&](std::size_t i) { ++counts[hashes[i]]; });
-  std::vector<LabelTally::Repeated> repeated;
-  forEachUncertain([&](std::size_t i) {
-    if (counts[hashes[i]] > 1) {
-      repeated.push_back({messages[i]->id, labels[i]});
+  }
+  std::vector<std::size_t> repeated;
+  for (const auto& [hash, places] : placesOf) {
+    if (places.size() > 1) {
+      repeated.insert(repeated.end(), places.begin(), places.end());
     }
-  });
+  }
   return repeated;
 }
 
@@ -160,16 +184,20 @@ LabelClassification LabelTally::classification(const LabelSets& sets,
 }
 
 LabelClassification LabelClassification::classify(const MessageList& messages) {
+  std::vector<std::size_t> places;
+  std::thread second;
+  if (messages.size() >= worthASecondThread) {
+    second = std::thread([&] { places = repeatedPlaces(messages); });
+  } else {
+    places = repeatedPlaces(messages);
+  }
   LabelSets sets;
   std::vector<LabelSets::Number> labels;
-  std::vector<std::size_t> hashes;
   labels.reserve(messages.size());
-  hashes.reserve(messages.size());
-  for (std::size_t i = 0; i < messages.size(); ++i) {
-    prefetch(messages, i);
-    labels.push_back(sets.numberOf(messages[i]->labels));
-    hashes.push_back(std::hash<Text>()(messages[i]->id));
-  }
+  forEachAhead(
+      messages, [](const EmailMessage& message) -> const std::vector<Text>& { return message.labels; },
+      [](const std::vector<Text>& own) { return own.data(); },
+      [&](const std::vector<Text>& own) { labels.push_back(sets.numberOf(own)); });
   sets.sortNodes();
   std::vector<std::int64_t> counts(sets.size());
   for (const auto number : labels) {
@@ -179,8 +207,14 @@ LabelClassification LabelClassification::classify(const MessageList& messages) {
   for (LabelSets::Number number = 0; number < counts.size(); ++number) {
     tally.add(sets, number, counts[number]);
   }
-  return tally.classification(sets, sets.nodes().empty() ? std::vector<LabelTally::Repeated>()
-                                                         : repeatedMessages(messages, labels, hashes));
+  if (second.joinable()) {
+    second.join();
+  }
+  std::vector<LabelTally::Repeated> repeated;
+  for (const auto place : places) {
+    repeated.push_back({messages[place]->id, labels[place]});
+  }
+  return tally.classification(sets, repeated);
 }
 
 }  // namespace tidewrack
