@@ -114,7 +114,7 @@ class ScreenWorld : public testing::Test {
             .arguments = {"tidewrack"},
             .spotlight = spotlight.get(),
             .categorizer = categorizer.get(),
-            .tokenStore = tokenStore.get()};
+            .tokenStore = keepsTokens ? static_cast<SearchTokenStore*>(&persistedTokens) : tokenStore.get()};
   }
 
   ContentView& open() { return open(services()); }
@@ -235,6 +235,8 @@ class ScreenWorld : public testing::Test {
   std::unique_ptr<FakeIndexer> spotlight;
   std::unique_ptr<FakeCategorizer> categorizer;
   std::unique_ptr<FakeTokenStore> tokenStore;
+  bool keepsTokens = false;  ///< Tokens go where the program keeps them, in the store.
+  PersistedSearchTokenStore persistedTokens;
   std::shared_ptr<ModelContainer> container;
   std::vector<ImportStatus> statuses;  ///< Every status that the screen has shown, in order.
 

@@ -79,6 +79,29 @@ TEST_F(StartupFlow, AStoreWithMessagesAndNoTokensHasThemRebuiltAndTheNextStartLo
   EXPECT_THAT(shownIDs(), ElementsAre("lighthouse"));
 }
 
+TEST_F(StartupFlow, AStartWithStoredTokensReadsNoBody) {
+  keepsTokens = true;
+  restart();
+  import({archive("a.mbox", {"lighthouse", "harbour"})});
+  sql("DELETE FROM content");
+  restart();
+  EXPECT_FALSE(screen().importErrorMessage());
+  screen().searchText.set("text of harbour");
+  EXPECT_THAT(shownIDs(), ElementsAre("harbour"));
+}
+
+TEST_F(StartupFlow, AMessageThatHasChangedSinceItsTokensWereStoredIsReadAgain) {
+  keepsTokens = true;
+  restart();
+  import({archive("a.mbox", {"lighthouse", "harbour"})});
+  sql("UPDATE PersistedEmailMessage SET subject = 'Breakwater' WHERE id = 'harbour'");
+  restart();
+  screen().searchText.set("breakwater");
+  EXPECT_THAT(shownIDs(), ElementsAre("harbour"));
+  screen().searchText.set("about");
+  EXPECT_THAT(shownIDs(), ElementsAre("lighthouse"));
+}
+
 TEST_F(StartupFlow, AnEmptyStoreRewritesNoIndexSelectsNothingAndShowsTheWelcome) {
   tokenStore = std::make_unique<FakeTokenStore>();
   ContentView& screen = restart();
