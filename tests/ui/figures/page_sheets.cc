@@ -44,7 +44,10 @@ ResolvedHTML resolved(const std::filesystem::path& file) {
   if (file.extension() == ".eml") {
     const auto messages =
         MBOXImporter::parseBytes("From - Thu Jan  1 00:00:00 2026\n" + bytes, Text(), Text());
-    return messages.empty() ? ResolvedHTML() : resolveInlineHTML(*messages.front());
+    // A file that has a "From " line of its own gives an empty message before it.
+    const auto found = std::find_if(messages.begin(), messages.end(),
+                                    [](const auto& message) { return message->htmlBody.has_value(); });
+    return found == messages.end() ? ResolvedHTML() : resolveInlineHTML(**found);
   }
   std::string html = decodeWithFallback(bytes);
   if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
