@@ -196,6 +196,8 @@ class ContentView {
   Task<> commitRename();
   void requestDelete(const MBOXLibrary& library);
   void cancelDelete();
+  /// Whether the delete dialog shows the status panel in place of its question.
+  [[nodiscard]] bool showsDeletionStatus() const;
   /// The button of the status panel where the delete dialog shows it.
   void dismissDeletionStatus();
   Task<> deleteLibrary(MBOXLibrary library);

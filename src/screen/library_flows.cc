@@ -80,6 +80,12 @@ void ContentView::cancelDelete() {
   libraryPendingDeletion.set(std::nullopt);
 }
 
+bool ContentView::showsDeletionStatus() const {
+  const auto& status = importStatus();
+  return status && (isDeletingLibrary() || status->as<ImportStatus::DeleteSuccess>() != nullptr ||
+                    status->as<ImportStatus::Error>() != nullptr);
+}
+
 void ContentView::dismissDeletionStatus() {
   showDeleteConfirmation.set(false);
   importStatus.set(std::nullopt);

@@ -1,3 +1,4 @@
+#include "screen/confirmation.h"
 #include "screen_world.h"
 
 namespace tidewrack {
@@ -212,6 +213,33 @@ TEST_F(LibraryFlows, ClosingTheDeleteSheetForgetsTheStatusAndTheLibrary) {
   EXPECT_FALSE(screen().showDeleteConfirmation());
   EXPECT_FALSE(screen().importStatus());
   EXPECT_FALSE(screen().libraryPendingDeletion());
+}
+
+TEST(DeleteConfirmation, AsksForTheLibraryByName) {
+  MBOXLibrary library;
+  library.displayName = "Work";
+  const auto confirmation = deleteConfirmation(library);
+  EXPECT_EQ(confirmation.title, "Delete Library");
+  EXPECT_EQ(confirmation.message, "Delete \"Work\" and remove its imported messages?");
+  EXPECT_EQ(confirmation.icon, "trash.circle.fill");
+  EXPECT_EQ(confirmation.confirmTitle, "Delete");
+  EXPECT_EQ(confirmation.cancelTitle, "Cancel");
+  EXPECT_TRUE(confirmation.isDestructive);
+}
+
+TEST_F(LibraryFlows, TheDeleteDialogShowsAStatusOnlyWhenItIsItsOwn) {
+  screen().importStatus.set(ImportStatus::Success{1, 3});
+  EXPECT_FALSE(screen().showsDeletionStatus());
+  screen().isDeletingLibrary.set(true);
+  EXPECT_TRUE(screen().showsDeletionStatus());
+  screen().isDeletingLibrary.set(false);
+  screen().importStatus.set(ImportStatus::DeleteSuccess{"Work", 3});
+  EXPECT_TRUE(screen().showsDeletionStatus());
+  screen().importStatus.set(ImportStatus::Error{"no"});
+  EXPECT_TRUE(screen().showsDeletionStatus());
+  screen().importStatus.set(std::nullopt);
+  screen().isDeletingLibrary.set(true);
+  EXPECT_FALSE(screen().showsDeletionStatus());
 }
 
 }  // namespace
