@@ -7,7 +7,10 @@
 #include "reading/gravatar_service.h"
 #include "ui/advanced_search_sheet.h"
 #include "ui/alerts.h"
+#include "ui/deletion_sheet.h"
+#include "ui/discovered_libraries_sheet.h"
 #include "ui/main_menu.h"
+#include "ui/manage_libraries_sheet.h"
 #include "ui/settings_sheet.h"
 #include "ui/status_sheet.h"
 #include "ui/toast_view.h"
@@ -26,10 +29,11 @@ constexpr int detailMinimumWidth = 400;
 constexpr const char* listPage = "list";
 constexpr const char* welcomePage = "welcome";
 
-// The toolbar's items whose destination exists.
-const std::set<ToolbarAction> offeredActions = {ToolbarAction::advancedSearch, ToolbarAction::importArchives,
-                                                ToolbarAction::clearFilters, ToolbarAction::cloudStatus,
-                                                ToolbarAction::settings};
+// All items of the toolbar.
+const std::set<ToolbarAction> offeredActions = {
+    ToolbarAction::manageLibraries,     ToolbarAction::advancedSearch, ToolbarAction::exportMessages,
+    ToolbarAction::importArchives,      ToolbarAction::clearFilters,   ToolbarAction::cloudStatus,
+    ToolbarAction::discoveredLibraries, ToolbarAction::settings};
 
 // The bar at the head of a column. Only the outermost columns carry the window's buttons.
 AdwHeaderBar* makeHeaderBar(bool hasStartButtons, bool hasEndButtons) {
@@ -82,12 +86,13 @@ MainWindow::MainWindow(Gtk::Application& application, ContentView& screen, Intel
   root_->set_child(*columns);
   root_->add_overlay(*Gtk::make_managed<AdvancedSearchSheet>(screen_, *columns));
   root_->add_overlay(*Gtk::make_managed<SettingsSheet>(screen_, intelligence, *columns));
-  root_->add_overlay(*Gtk::make_managed<StatusSheet>(screen_, *columns));
+  addSheets(*columns);
   root_->add_overlay(*Gtk::make_managed<ToastView>(screen_));
   adw_application_window_set_content(ADW_APPLICATION_WINDOW(window), GTK_WIDGET(root_->gobj()));
 
   GravatarService::shared().follow(screen_.services().settings);
   picker_ = std::make_unique<ArchivePicker>(*window_, screen_);
+  renameDialog_ = std::make_unique<RenameDialog>(*window_, screen_);
   addActions();
   acceptDrops();
   const auto follow = [this](auto& field, void (MainWindow::*refresh)()) {
@@ -108,6 +113,7 @@ MainWindow::MainWindow(Gtk::Application& application, ContentView& screen, Intel
 MainWindow::~MainWindow() {
   subscriptions_.clear();
   picker_.reset();
+  renameDialog_.reset();
   gtk_window_destroy(GTK_WINDOW(window_->gobj()));
 }
 
@@ -134,6 +140,7 @@ Gtk::Widget* MainWindow::makeListColumn() {
   list_ = Gtk::make_managed<MessageListView>(screen_);
   WelcomeView::Actions actions;
   actions.onImport = [this] { screen_.isPresentingImporter.set(true); };
+  actions.onShowDiscovered = [this] { screen_.isShowingDiscoveredLibraries.set(true); };
   middle_ = Gtk::make_managed<Gtk::Stack>();
   middle_->set_vexpand(true);
   middle_->add(*list_, listPage);
@@ -147,6 +154,18 @@ Gtk::Widget* MainWindow::makeDetailColumn(IntelligenceService& intelligence) {
   adw_header_bar_pack_start(bar, GTK_WIDGET(Gtk::make_managed<ToolbarView>(screen_, offeredActions)->gobj()));
   detail_ = Gtk::make_managed<MessageDetailView>(screen_, intelligence);
   return makeColumn(bar, *detail_, detailMinimumWidth, "detail-column");
+}
+
+void MainWindow::addSheets(Gtk::Widget& columns) {
+  exportSheet_ = Gtk::make_managed<ExportSheet>(screen_, columns);
+  for (Gtk::Widget* sheet :
+       {static_cast<Gtk::Widget*>(Gtk::make_managed<ManageLibrariesSheet>(screen_, columns)),
+        static_cast<Gtk::Widget*>(exportSheet_),
+        static_cast<Gtk::Widget*>(Gtk::make_managed<DiscoveredLibrariesSheet>(screen_, columns, nullptr)),
+        static_cast<Gtk::Widget*>(Gtk::make_managed<StatusSheet>(screen_, columns)),
+        static_cast<Gtk::Widget*>(Gtk::make_managed<DeletionSheet>(screen_, columns))}) {
+    root_->add_overlay(*sheet);
+  }
 }
 
 void MainWindow::addActions() {

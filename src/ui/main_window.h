@@ -10,8 +10,10 @@
 #include "platform/observable.h"
 #include "screen/content_view.h"
 #include "ui/archive_picker.h"
+#include "ui/export_sheet.h"
 #include "ui/message_detail_view.h"
 #include "ui/message_list_view.h"
+#include "ui/rename_dialog.h"
 #include "ui/sidebar_view.h"
 
 namespace tidewrack::ui {
@@ -32,6 +34,7 @@ class MainWindow {
   [[nodiscard]] Gtk::ApplicationWindow& window() { return *window_; }
   [[nodiscard]] MessageListView& list() { return *list_; }
   [[nodiscard]] MessageDetailView& detail() { return *detail_; }
+  [[nodiscard]] ExportSheet& exportSheet() { return *exportSheet_; }
 
   static constexpr int minimumWidth = 980;
   static constexpr int minimumHeight = 620;
@@ -43,6 +46,7 @@ class MainWindow {
   Gtk::Widget* makeSidebarColumn();
   Gtk::Widget* makeListColumn();
   Gtk::Widget* makeDetailColumn(IntelligenceService& intelligence);
+  void addSheets(Gtk::Widget& columns);
   void addActions();
   void acceptDrops();
   void showTitle();
@@ -56,7 +60,9 @@ class MainWindow {
   Gtk::Stack* middle_ = nullptr;
   MessageListView* list_ = nullptr;
   MessageDetailView* detail_ = nullptr;
+  ExportSheet* exportSheet_ = nullptr;
   std::unique_ptr<ArchivePicker> picker_;
+  std::unique_ptr<RenameDialog> renameDialog_;
   std::vector<Subscription> subscriptions_;
 };
 

@@ -24,7 +24,9 @@ StatusSheet::~StatusSheet() {
 
 void StatusSheet::refresh() {
   const auto& status = screen_.importStatus();
-  const bool isWanted = screen_.showImportStatusSheet() && status.has_value();
+  // A deletion tells how it stands where it was asked for.
+  const bool isWanted =
+      screen_.showImportStatusSheet() && status.has_value() && !screen_.showDeleteConfirmation();
   if (!isWanted) {
     patience_.disconnect();
     dismiss();

@@ -57,6 +57,7 @@ void ToolbarView::show(const ToolbarItem& item, Slot& slot) {
   setIdentifier(*slot.button, item.identifier);
   setSymbol(*slot.icon, item.icon, item.tint);
   slot.button->set_sensitive(item.isEnabled);
+  slot.button->set_can_focus(item.action != ToolbarAction::cloudStatus);  // It only tells.
   const std::string& tip = item.help.empty() ? item.label : item.help;
   if (slot.button->get_tooltip_text().raw() != tip) {
     slot.button->set_tooltip_text(tip);

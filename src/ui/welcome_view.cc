@@ -51,50 +51,50 @@ WelcomeView::WelcomeView(ContentView& screen, Actions actions)
   auto* buttons = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 10);
   buttons->set_halign(Gtk::Align::CENTER);
   buttons->set_margin_top(12);
-  auto* import = makeIconButton("tray.and.arrow.down.fill", importButtonTitle());
-  import->add_css_class("suggested-action");
-  import->add_css_class("pill");
-  setIdentifier(*import, "welcome.importButton");
-  import->signal_clicked().connect([this] { actions_.onImport();
-});
-buttons->append(*import);
+  auto* importButton = makeIconButton("tray.and.arrow.down.fill", importButtonTitle());
+  importButton->add_css_class("suggested-action");
+  importButton->add_css_class("pill");
+  setIdentifier(*importButton, "welcome.importButton");
+  importButton->signal_clicked().connect([this] { actions_.onImport(); });
+  buttons->append(*importButton);
 
-if (actions_.onRestore) {
-  restore_ = makeIconButton(
-      "icloud.and.arrow.down",
-      localized("welcome_restore_icloud", "Restore from iCloud", "Restore from iCloud button"));
-  restore_->add_css_class("pill");
-  auto* content = dynamic_cast<Gtk::Box*>(restore_->get_child());
-  restoreIcon_ = dynamic_cast<Gtk::Image*>(content->get_first_child());
-  content->prepend(restoreSpinner_);
-  setIdentifier(*restore_, "welcome.restoreButton");
-  restore_->signal_clicked().connect([this] { actions_.onRestore(); });
-  buttons->append(*restore_);
-}
-if (actions_.onShowDiscovered) {
-  discovered_ = Gtk::make_managed<Gtk::Button>();
-  discovered_->add_css_class("pill");
-  setIdentifier(*discovered_, "welcome.discoveredButton");
-  discovered_->signal_clicked().connect([this] { actions_.onShowDiscovered(); });
-  buttons->append(*discovered_);
-}
-column->append(*buttons);
+  if (actions_.onRestore) {
+    restore_ = makeIconButton(
+        "icloud.and.arrow.down",
+        localized("welcome_restore_icloud", "Restore from iCloud", "Restore from iCloud button"));
+    restore_->add_css_class("pill");
+    auto* content = dynamic_cast<Gtk::Box*>(restore_->get_child());
+    restoreIcon_ = dynamic_cast<Gtk::Image*>(content->get_first_child());
+    content->prepend(restoreSpinner_);
+    setIdentifier(*restore_, "welcome.restoreButton");
+    restore_->signal_clicked().connect([this] { actions_.onRestore(); });
+    buttons->append(*restore_);
+  }
+  if (actions_.onShowDiscovered) {
+    discovered_ = Gtk::make_managed<Gtk::Button>();
+    discovered_->add_css_class("pill");
+    setIdentifier(*discovered_, "welcome.discoveredButton");
+    discovered_->signal_clicked().connect([this] { actions_.onShowDiscovered(); });
+    buttons->append(*discovered_);
+  }
+  column->append(*buttons);
 
-hint_ = makeCentred(
-    localized("welcome_icloud_hint",
-              "Your data syncs through CloudKit's private database. It is not visible in iCloud Drive, only "
-              "inside the app on devices signed in with the same Apple ID.",
-              "Welcome screen iCloud privacy hint"),
-    {"row-footer"});
-hint_->set_margin_top(12);
-column->append(*hint_);
-set_child(*column);
+  hint_ = makeCentred(
+      localized(
+          "welcome_icloud_hint",
+          "Your data syncs through CloudKit's private database. It is not visible in iCloud Drive, only "
+          "inside the app on devices signed in with the same Apple ID.",
+          "Welcome screen iCloud privacy hint"),
+      {"row-footer"});
+  hint_->set_margin_top(12);
+  column->append(*hint_);
+  set_child(*column);
 
-const auto follow = [this](auto& field) { subscriptions_.push_back(field.observe([this] { refresh(); })); };
-follow(screen_.iCloudSyncEnabled);
-follow(screen_.isRestoringFromiCloud);
-follow(screen_.discoveredRemoteLibraries);
-refresh();
+  const auto follow = [this](auto& field) { subscriptions_.push_back(field.observe([this] { refresh(); })); };
+  follow(screen_.iCloudSyncEnabled);
+  follow(screen_.isRestoringFromiCloud);
+  follow(screen_.discoveredRemoteLibraries);
+  refresh();
 }  // namespace tidewrack::ui
 
 void WelcomeView::refresh() {

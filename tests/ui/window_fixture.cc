@@ -112,7 +112,22 @@ void WindowTest::open() {
   runPending();
 }
 
+// A flow that is cut off keeps the store open for ever.
+void WindowTest::letFlowsEnd() {
+  constexpr int longestFlow = 4;  // background jobs that one sets off behind the other
+  for (int round = 0; round < longestFlow; ++round) {
+    auto left = std::make_shared<int>(2);
+    for (const auto priority : {TaskPriority::userInitiated, TaskPriority::utility}) {
+      executor_->runInBackground(priority, [this, left] { executor_->post([left] { --*left; }); });
+    }
+    runUntil([left] { return *left == 0; });
+  }
+}
+
 void WindowTest::close() {
+  if (executor_) {
+    letFlowsEnd();
+  }
   window_.reset();
   executor_.reset();
   screen_.reset();

@@ -65,6 +65,9 @@ class WindowTest : public testing::Test {
   /// The window of an alert, or null.
   static GtkWindow* alert();
 
+  /// Waits for the flows that have begun.
+  void letFlowsEnd();
+
   TemporaryFolder folder_;
   Settings settings_;
   UnavailableIntelligenceService intelligence_;
