@@ -16,6 +16,7 @@
 #include "archive_generator.h"
 #include "child_roles.h"
 #include "derived_bench.h"
+#include "export_bench.h"
 #include "mail/mbox_importer.h"
 #include "mail_indexers.h"
 #include "measure.h"
@@ -28,7 +29,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* usage =
-    "Usage: tidewrack-bench [--quick] [--turns N] [--only parse|import|start|derived|search|tools]\n"
+    "Usage: tidewrack-bench [--quick] [--turns N] [--only parse|import|start|derived|search|tools|export]\n"
     "                       [--folder FOLDER]\n"
     "  --quick    archives of a tenth of the size\n"
     "  --turns    how often each piece of work is timed; the median counts (3)\n"
@@ -278,6 +279,9 @@ int run(const Options& options) {
   if (wants("tools")) {
     measureAgainstTools(options, large, largePlan, 1.0 / 5, 1.0 / 15, table);
     measureAgainstTools(options, small, smallPlan, 1.0 / 25, 1.0 / 45, table);
+  }
+  if (wants("export")) {
+    measureExport(options.folder, options.quick, options.turns, table);
   }
   return table.allReached() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "classify/search_token_store.h"
+#include "export_bench.h"
 #include "library/store_operations.h"
 #include "mail/json_coding.h"
 #include "mail/mbox_importer.h"
@@ -253,7 +254,7 @@ int runChildRole(const std::vector<std::string>& arguments) {
   if (role == "role:list") {
     return listRole();
   }
-  return -1;
+  return runExportRole(arguments);
 }
 
 }  // namespace tidewrack::bench
