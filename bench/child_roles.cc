@@ -64,11 +64,12 @@ class StallWatch {
 struct Screen {
   Screen() {
     const std::vector<std::string> arguments = {"tidewrack-bench"};
-    view = std::make_unique<ContentView>(ContentViewServices{.executor = executor,
-                                                             .settings = settings,
-                                                             .container = makeSharedModelContainer(arguments),
-                                                             .arguments = arguments,
-                                                             .tokenStore = &tokens});
+    view = std::make_unique<ContentView>(ContentViewServices{
+        .executor = executor,
+        .settings = settings,
+        .container = makeSharedModelContainer({.arguments = arguments, .settings = settings}),
+        .arguments = arguments,
+        .tokenStore = &tokens});
   }
   void run(Task<> flow) {
     executor.runUntil([&] { return flow.done(); });
@@ -223,7 +224,7 @@ int startRole() {
 
 /// What a loaded list costs.
 int listRole() {
-  const auto container = makeSharedModelContainer({"tidewrack-bench"});
+  const auto container = ModelContainer::open(applicationSupportFolder() / "default.store");
   auto context = container->newContext();
   malloc_trim(0);
   const auto before = MemoryWatch::now();

@@ -9,13 +9,13 @@ namespace tidewrack {
 
 HeadlessScreen::HeadlessScreen(Search search) {
   const std::vector<std::string> arguments = {"tidewrackctl"};
-  screen_ = std::make_unique<ContentView>(
-      ContentViewServices{.executor = executor_,
-                          .settings = settings_,
-                          .container = makeSharedModelContainer(arguments),
-                          .arguments = arguments,
-                          .tokenStore = search == Search::with ? &tokens_ : nullptr,
-                          .maintainsSearchIndex = search == Search::with});
+  screen_ = std::make_unique<ContentView>(ContentViewServices{
+      .executor = executor_,
+      .settings = settings_,
+      .container = makeSharedModelContainer({.arguments = arguments, .settings = settings_}),
+      .arguments = arguments,
+      .tokenStore = search == Search::with ? &tokens_ : nullptr,
+      .maintainsSearchIndex = search == Search::with});
   run(screen_->startup());
   run(screen_->whenDerivedStateIsCurrent());
   executor_.runUntil([this] { return !screen_->isIndexing(); });

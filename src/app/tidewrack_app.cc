@@ -29,7 +29,7 @@ TidewrackApp::~TidewrackApp() {
 }
 
 ContentView& TidewrackApp::start() {
-  auto container = makeSharedModelContainer(arguments_);
+  auto container = makeSharedModelContainer({.arguments = arguments_, .settings = settings_});
   if (!hasArgument("--screenshots")) {
     syncMonitor_.start(syncEvents_);
   }
