@@ -1,13 +1,18 @@
 #include "platform/date_styles.h"
 
+#include <optional>
+
 #include <unicode/dtptngen.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/unistr.h>
+
+#include "platform/date_pattern.h"
 
 namespace tidewrack {
 
 struct DateStyle::Formatter {
   std::unique_ptr<icu::SimpleDateFormat> format;
+  std::optional<DatePattern> quick;  // Where the pattern can be written without ICU.
 };
 
 DateStyle::DateStyle(std::unique_ptr<Formatter> formatter) : formatter_(std::move(formatter)) {}
@@ -27,6 +32,8 @@ DateStyle DateStyle::localised(const char* skeleton) {
   }
   if (U_FAILURE(status)) {
     formatter->format.reset();
+  } else {
+    formatter->quick = DatePattern::of(*formatter->format);
   }
   return DateStyle(std::move(formatter));
 }
@@ -54,6 +61,8 @@ DateStyle DateStyle::mboxSeparator() {
                                                               icu::Locale("en_US_POSIX"), status);
   if (U_FAILURE(status)) {
     formatter->format.reset();
+  } else {
+    formatter->quick = DatePattern::of(*formatter->format);
   }
   return DateStyle(std::move(formatter));
 }
@@ -62,9 +71,12 @@ std::string DateStyle::format(Date date) const {
   if (!formatter_->format) {
     return formatISO8601(date);
   }
+  std::string bytes;
+  if (formatter_->quick && formatter_->quick->append(bytes, date)) {
+    return bytes;
+  }
   icu::UnicodeString text;
   formatter_->format->format(static_cast<double>(date.time_since_epoch().count()), text);
-  std::string bytes;
   text.toUTF8String(bytes);
   return bytes;
 }
