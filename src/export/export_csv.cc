@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "export/exporters.h"
 #include "platform/date_styles.h"
 
@@ -6,7 +8,10 @@ namespace {
 
 /// A field that holds a comma, a quote or a line feed goes between quotes, with its own quotes doubled.
 void appendField(std::string& line, std::string_view field) {
-  if (field.find_first_of(",\"\n") == std::string_view::npos) {
+  const auto needsQuotes = [](char character) {
+    return character == ',' || character == '"' || character == '\n';
+  };
+  if (std::none_of(field.begin(), field.end(), needsQuotes)) {
     line += field;
     return;
   }
@@ -20,32 +25,47 @@ void appendField(std::string& line, std::string_view field) {
   line += '"';
 }
 
-}  // namespace
+class CSVWriter final : public MessageWriter {
+ public:
+  [[nodiscard]] std::string head() const override {
+    return "ID,Asunto,De,Para,CC,Fecha,Etiquetas,Adjuntos,Biblioteca\n";
+  }
 
-void exportCSV(const ExportRun& run) {
-  const auto dateStyle = DateStyle::numericDateAndTime();
-  run.sink("ID,Asunto,De,Para,CC,Fecha,Etiquetas,Adjuntos,Biblioteca\n");
-  std::size_t done = 0;
-  std::string line;
-  for (const auto& message : run.messages) {
-    line.clear();
-    const auto add = [&line](std::string_view field) {
-      appendField(line, field);
+  void write(const EmailMessage& message, std::size_t /*place*/, TextOutput& output) const override {
+    std::string& line = output.text;
+    std::string field;
+    const auto add = [&line](std::string_view value) {
+      appendField(line, value);
       line += ',';
     };
-    add(message->id);
-    add(message->subject);
-    add(displayForm(message->from));
-    add(joined(message->to, "; ", displayForm));
-    add(joined(message->cc, "; ", displayForm));
-    add(message->date ? dateStyle.format(*message->date) : std::string());
-    add(joined(message->labels, "; ", [](const Text& label) { return label.view(); }));
-    line += std::to_string(message->attachments.size()) + ",";
-    appendField(line, message->sourceLibraryName);
+    const auto addJoined = [&](const auto& list, const auto& textOf) {
+      field.clear();
+      appendJoined(field, list, "; ", textOf);
+      add(field);
+    };
+    add(message.id);
+    add(message.subject);
+    add(displayForm(message.from));
+    addJoined(message.to, displayForm);
+    addJoined(message.cc, displayForm);
+    add(message.date ? dateStyle_.format(*message.date) : std::string());
+    addJoined(message.labels, viewOf);
+    line += std::to_string(message.attachments.size());
+    line += ',';
+    appendField(line, message.sourceLibraryName);
     line += '\n';
-    run.sink(line);
-    run.finished(++done);
+    output.mayGo();
   }
+  [[nodiscard]] std::uint64_t weight(const EmailMessage& /*message*/) const override { return 0; }
+
+ private:
+  const DateStyle dateStyle_ = DateStyle::numericDateAndTime();
+};
+
+}  // namespace
+
+std::unique_ptr<MessageWriter> makeCSVWriter() {
+  return std::make_unique<CSVWriter>();
 }
 
 }  // namespace tidewrack

@@ -7,7 +7,7 @@
 namespace tidewrack {
 namespace {
 
-constexpr std::string_view head = R"html(<!DOCTYPE html>
+constexpr std::string_view documentHead = R"html(<!DOCTYPE html>
 <html lang="es">
 <head>
     <meta charset="UTF-8">
@@ -169,19 +169,31 @@ void appendMessage(std::string& html, const EmailMessage& message, const DateSty
   html += "</div>";
 }
 
+class HTMLWriter final : public MessageWriter {
+ public:
+  explicit HTMLWriter(std::size_t count) : count_(count) {}
+
+  [[nodiscard]] std::string head() const override {
+    return std::string(documentHead) + std::to_string(count_) + "</p>\n";
+  }
+  [[nodiscard]] std::string tail() const override { return "</body>\n</html>"; }
+  void write(const EmailMessage& message, std::size_t /*place*/, TextOutput& output) const override {
+    appendMessage(output.text, message, dateStyle_);
+    output.mayGo();
+  }
+  [[nodiscard]] std::uint64_t weight(const EmailMessage& message) const override {
+    return message.htmlBody ? weightOf(message.htmlBody) : weightOf(message.plainBody);
+  }
+
+ private:
+  const std::size_t count_;
+  const DateStyle dateStyle_ = DateStyle::longDateAndTime();
+};
+
 }  // namespace
 
-void exportHTML(const ExportRun& run) {
-  const auto dateStyle = DateStyle::longDateAndTime();
-  run.sink(std::string(head) + std::to_string(run.messages.size()) + "</p>\n");
-  std::size_t done = 0;
-  for (const auto& message : run.messages) {
-    std::string html;
-    appendMessage(html, *message, dateStyle);
-    run.sink(html);
-    run.finished(++done);
-  }
-  run.sink("</body>\n</html>");
+std::unique_ptr<MessageWriter> makeHTMLWriter(std::size_t count) {
+  return std::make_unique<HTMLWriter>(count);
 }
 
 }  // namespace tidewrack

@@ -75,7 +75,7 @@ void writeOptional(JSONWriter& json, std::string_view key, const std::optional<C
 }
 
 // The keys in ascending order.
-void write(JSONWriter& json, const EmailMessage& message) {
+void writeMessage(JSONWriter& json, const EmailMessage& message) {
   json.beginObject();
   writeList(json, "attachments", message.attachments);
   writeOptional(json, "category", message.category);
@@ -107,20 +107,33 @@ void write(JSONWriter& json, const EmailMessage& message) {
   json.endObject();
 }
 
+// One message at a time, in the form that mail/json_coding reads: the values need no tree of their own.
+class JSONListWriter final : public MessageWriter {
+ public:
+  [[nodiscard]] std::string head() const override { return "["; }
+  [[nodiscard]] std::string tail() const override { return "\n]"; }
+  void write(const EmailMessage& message, std::size_t place, TextOutput& output) const override {
+    JSONWriter json(output, 1);
+    if (place == 0) {
+      json.firstElement();
+    } else {
+      json.element();
+    }
+    writeMessage(json, message);
+  }
+  [[nodiscard]] std::uint64_t weight(const EmailMessage& message) const override {
+    std::uint64_t sum = weightOf(message.plainBody) + weightOf(message.htmlBody);
+    for (const auto& attachment : message.attachments) {
+      sum += attachment.data.size();
+    }
+    return sum;
+  }
+};
+
 }  // namespace
 
-/// One message at a time, in the form that mail/json_coding reads: the values need no tree of their own.
-void exportJSON(const ExportRun& run) {
-  JSONWriter json(run.sink);
-  json.beginList();
-  std::size_t done = 0;
-  for (const auto& message : run.messages) {
-    json.element();
-    write(json, *message);
-    run.finished(++done);
-  }
-  json.endList();
-  json.flush();
+std::unique_ptr<MessageWriter> makeJSONWriter() {
+  return std::make_unique<JSONListWriter>();
 }
 
 }  // namespace tidewrack

@@ -35,38 +35,53 @@ void appendBody(std::string& text, std::string_view body) {
   }
 }
 
-}  // namespace
+class MBOXWriter final : public MessageWriter {
+ public:
+  explicit MBOXWriter(Date now) : now_(now) {}
 
-void exportMBOX(const ExportRun& run) {
-  const auto separatorStyle = DateStyle::mboxSeparator();
-  const auto headerStyle = DateStyle::abbreviatedDateAndTime();
-  std::size_t done = 0;
-  for (const auto& message : run.messages) {
-    const Date date = message->date.value_or(run.now);
-    std::string text = "From " + message->from.address.string() + " " + separatorStyle.format(date) + "\n";
-    text += "From: " + displayForm(message->from) + "\n";
-    text += "To: " + displayForms(message->to) + "\n";
-    if (!message->cc.empty()) {
-      text += "Cc: " + displayForms(message->cc) + "\n";
+  void write(const EmailMessage& message, std::size_t /*place*/, TextOutput& output) const override {
+    const Date date = message.date.value_or(now_);
+    std::string& text = output.text;
+    text += "From ";
+    text += message.from.address.view();
+    text += " " + separatorStyle_.format(date) + "\nFrom: " + displayForm(message.from);
+    text += "\nTo: " + displayForms(message.to) + "\n";
+    if (!message.cc.empty()) {
+      text += "Cc: " + displayForms(message.cc) + "\n";
     }
-    text += "Subject: " + message->subject.string() + "\n";
-    text += "Date: " + headerStyle.format(date) + "\n";
-    text += "Message-ID: <" + message->id.string() + ">\n";
-    if (!message->labels.empty()) {
-      text +=
-          "X-Gmail-Labels: " + joined(message->labels, ",", [](const Text& label) { return label.view(); }) +
-          "\n";
+    text += "Subject: ";
+    text += message.subject.view();
+    text += "\nDate: " + headerStyle_.format(date) + "\nMessage-ID: <";
+    text += message.id.view();
+    text += ">\n";
+    if (!message.labels.empty()) {
+      text += "X-Gmail-Labels: ";
+      appendJoined(text, message.labels, ",", viewOf);
+      text += "\n";
     }
     text += "\n";
-    if (message->plainBody) {
-      appendBody(text, message->plainBody->bytes());
+    if (message.plainBody) {
+      appendBody(text, message.plainBody->bytes());
     } else {
-      text += message->snippet.view();
+      text += message.snippet.view();
     }
     text += "\n\n";
-    run.sink(text);
-    run.finished(++done);
+    output.mayGo();
   }
+  [[nodiscard]] std::uint64_t weight(const EmailMessage& message) const override {
+    return weightOf(message.plainBody);
+  }
+
+ private:
+  const Date now_;
+  const DateStyle separatorStyle_ = DateStyle::mboxSeparator();
+  const DateStyle headerStyle_ = DateStyle::abbreviatedDateAndTime();
+};
+
+}  // namespace
+
+std::unique_ptr<MessageWriter> makeMBOXWriter(Date now) {
+  return std::make_unique<MBOXWriter>(now);
 }
 
 }  // namespace tidewrack

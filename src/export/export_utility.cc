@@ -1,6 +1,7 @@
 #include "export/export_utility.h"
 
 #include "export/exporters.h"
+#include "export/ordered_writing.h"
 #include "platform/log.h"
 
 namespace tidewrack {
@@ -18,6 +19,22 @@ std::string description(ExportUtility::ExportError::Kind kind, const std::string
       return "Error al escribir el archivo: " + underlying;
   }
   return underlying;
+}
+
+std::unique_ptr<MessageWriter> makeWriter(Format format, std::size_t count, Date now) {
+  switch (format) {
+    case Format::txt:
+      return makeTextWriter(count);
+    case Format::html:
+      return makeHTMLWriter(count);
+    case Format::json:
+      return makeJSONWriter();
+    case Format::csv:
+      return makeCSVWriter();
+    case Format::mbox:
+      break;
+  }
+  return makeMBOXWriter(now);
 }
 
 }  // namespace
@@ -73,19 +90,11 @@ void ExportUtility::exportMessages(const MessageList& messages, ExportFormat for
   if (messages.empty()) {
     throw ExportError(ExportError::Kind::noMessages);
   }
-  const ExportRun run{messages, sink, now, progress};
-  switch (format) {
-    case Format::txt:
-      return exportText(run);
-    case Format::html:
-      return exportHTML(run);
-    case Format::json:
-      return exportJSON(run);
-    case Format::csv:
-      return exportCSV(run);
-    case Format::mbox:
-      return exportMBOX(run);
-  }
+  const auto makeWriter = [&] { return tidewrack::makeWriter(format, messages.size(), now); };
+  const auto writer = makeWriter();
+  sink(writer->head());
+  writeInOrder(messages, makeWriter, sink, progress);
+  sink(writer->tail());
 }
 
 }  // namespace tidewrack

@@ -40,11 +40,12 @@ class ExportUtility {
 
   /// Takes the next bytes of the file. May throw.
   using Sink = std::function<void(std::string_view)>;
-  /// Told the number of messages written so far.
+  /// Told now and then, and at the end, the number of messages written so far.
   using Progress = std::function<void(std::size_t done)>;
 
-  /// Writes the messages in their order, one after the other in bounded memory (the largest message). `now`
-  /// stands in for a missing date in MBOX. Throws ExportError::noMessages for an empty list before anything
+  /// Writes the messages in their order, made ready on all processors, in bounded memory (a few megabytes and
+  /// the largest message). The sink and `progress` are called on the calling thread. `now` stands in for a
+  /// missing date in MBOX. Throws ExportError::noMessages for an empty list before anything
   /// is written; what a sink or a stored body throws passes through. Any thread.
   static void exportMessages(const MessageList& messages, ExportFormat format, const Sink& sink, Date now,
                              const Progress& progress = {});

@@ -1,33 +1,47 @@
 #pragma once
 
-#include "export/export_utility.h"
+#include <cstdint>
+#include <memory>
 
-/// One builder a format, for a list that is not empty. See ExportUtility::exportMessages.
+#include "export/export_utility.h"
+#include "export/text_output.h"
+
+/// One writer a format, for a list that is not empty. See ExportUtility::exportMessages.
 namespace tidewrack {
 
-struct ExportRun {
-  const MessageList& messages;
-  const ExportUtility::Sink& sink;
-  Date now;
-  const ExportUtility::Progress& progress;
+/// Writes one format. Made by each thread for itself; what it gives for a message depends on nothing but the
+/// message and its place in the list.
+class MessageWriter {
+ public:
+  MessageWriter() = default;
+  virtual ~MessageWriter() = default;
+  MessageWriter(const MessageWriter&) = delete;
+  MessageWriter& operator=(const MessageWriter&) = delete;
 
-  void finished(std::size_t done) const {
-    if (progress) {
-      progress(done);
-    }
-  }
+  /// What stands before the first message and behind the last one.
+  [[nodiscard]] virtual std::string head() const { return {}; }
+  [[nodiscard]] virtual std::string tail() const { return {}; }
+  /// Appends the message at a place of the list, which counts from 0.
+  virtual void write(const EmailMessage& message, std::size_t place, TextOutput& output) const = 0;
+  /// Bytes that have to be read to write the message, roughly.
+  [[nodiscard]] virtual std::uint64_t weight(const EmailMessage& message) const = 0;
 };
 
-void exportText(const ExportRun& run);
-void exportHTML(const ExportRun& run);
-void exportJSON(const ExportRun& run);
-void exportCSV(const ExportRun& run);
-void exportMBOX(const ExportRun& run);
+/// `count` messages in all; `now` stands in for a missing date.
+std::unique_ptr<MessageWriter> makeTextWriter(std::size_t count);
+std::unique_ptr<MessageWriter> makeHTMLWriter(std::size_t count);
+std::unique_ptr<MessageWriter> makeJSONWriter();
+std::unique_ptr<MessageWriter> makeCSVWriter();
+std::unique_ptr<MessageWriter> makeMBOXWriter(Date now);
+
+/// The bytes of a body, 0 for none.
+inline std::uint64_t weightOf(const std::optional<Content>& body) {
+  return body ? body->size() : 0;
+}
 
 /// The texts with a separator between any two.
 template <typename List, typename TextOf>
-std::string joined(const List& list, std::string_view separator, TextOf textOf) {
-  std::string text;
+void appendJoined(std::string& text, const List& list, std::string_view separator, TextOf textOf) {
   bool isFirst = true;
   for (const auto& element : list) {
     if (!isFirst) {
@@ -36,7 +50,10 @@ std::string joined(const List& list, std::string_view separator, TextOf textOf) 
     isFirst = false;
     text += textOf(element);
   }
-  return text;
+}
+
+inline std::string_view viewOf(const Text& text) {
+  return text.view();
 }
 
 }  // namespace tidewrack

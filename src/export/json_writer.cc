@@ -10,7 +10,6 @@ namespace {
 
 // Bytes that are encoded at a time: a multiple of three, so that no padding falls between two pieces.
 constexpr std::size_t base64Piece = std::size_t{48} << 10U;
-constexpr std::size_t largeText = std::size_t{128} << 10U;
 
 // For each byte: 0 where it stands for itself in a string, otherwise the character after the backslash ('u'
 // for those that have none of their own).
@@ -64,6 +63,11 @@ void JSONWriter::element() {
   newLine();
 }
 
+void JSONWriter::firstElement() {
+  isEmpty_ = true;
+  element();
+}
+
 void JSONWriter::key(std::string_view name) {
   element();
   text_ += '"';
@@ -93,27 +97,16 @@ void JSONWriter::string(std::string_view value) {
     }
   }
   text_ += '"';
-  flushWhenLarge();
+  output_.mayGo();
 }
 
 void JSONWriter::base64(std::string_view bytes) {
   text_ += '"';
   for (std::size_t start = 0; start < bytes.size(); start += base64Piece) {
     text_ += encodeBase64(bytes.substr(start, base64Piece));
-    flushWhenLarge();
+    output_.mayGo();
   }
   text_ += '"';
-}
-
-void JSONWriter::flush() {
-  sink_(text_);
-  text_.clear();
-}
-
-void JSONWriter::flushWhenLarge() {
-  if (text_.size() >= largeText) {
-    flush();
-  }
 }
 
 }  // namespace tidewrack

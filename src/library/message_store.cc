@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "library/content_reading.h"
 #include "library/model_container.h"
 #include "library/store_schema.h"
 #include "platform/files.h"
@@ -39,6 +40,9 @@ StoreFailure contentGone() {
                                 "This part of the message is no longer in the mail store.",
                                 "Store failure: a body or attachment was deleted or replaced meanwhile"));
 }
+
+// Of the ContentReading that is alive on this thread.
+thread_local std::optional<MessageStore::SharedReader> sharedReader;
 
 StoreFailure cannotMakeFolder(const FileFailure& failure) {
   return StoreFailure(failure.what());
@@ -110,9 +114,49 @@ MessageStore::~MessageStore() {
   idleReaders_.clear();
 }
 
+ContentReading::ContentReading() {
+  sharedReader.emplace();
+}
+
+ContentReading::~ContentReading() {
+  sharedReader.reset();
+}
+
+MessageStore::SharedReader::~SharedReader() {
+  if (!reader_) {
+    return;
+  }
+  try {
+    reader_->database().execute("ROLLBACK");
+  } catch (const StoreFailure&) {
+    reader_.reset();
+  }
+  store_->giveBack(std::move(reader_));
+}
+
+bool MessageStore::SharedReader::read(MessageStore& store, std::int64_t number, std::uint64_t size,
+                                      std::optional<std::string>& bytes) {
+  if (!reader_) {
+    auto reader = store.tryLease(true);
+    if (!reader) {
+      return false;
+    }
+    store_ = store.shared_from_this();
+    reader_ = std::move(reader);
+    reader_->database().execute("BEGIN");
+  }
+  if (store_.get() != &store) {
+    return false;
+  }
+  bytes = reader_->content(number, size);
+  return true;
+}
+
 std::string MessageStore::readContent(std::int64_t number, std::uint64_t size) {
   std::optional<std::string> bytes;
-  if (auto reader = tryLease(true)) {
+  if (sharedReader && sharedReader->read(*this, number, size, bytes)) {
+    // That was all.
+  } else if (auto reader = tryLease(true)) {
     try {
       bytes = reader->content(number, size);
     } catch (...) {

@@ -50,6 +50,20 @@ class MessageStore : public std::enable_shared_from_this<MessageStore> {
   /// The bytes of a row of "content". Throws StoreFailure when the row is gone.
   std::string readContent(std::int64_t number, std::uint64_t size);
 
+  /// The connection of the ContentReading of this thread.
+  class SharedReader {
+   public:
+    ~SharedReader();
+    /// The bytes of a row, or nothing when there is no such row. False when the writing connection has to
+    /// serve, or the connection belongs to another store.
+    bool read(MessageStore& store, std::int64_t number, std::uint64_t size,
+              std::optional<std::string>& bytes);
+
+   private:
+    std::shared_ptr<MessageStore> store_;
+    std::unique_ptr<StoreConnection> reader_;
+  };
+
   /// One or two connections that see the same state of the store, for as long as the object lives.
   class Reading {
    public:

@@ -1,5 +1,6 @@
 #include "export/export_utility.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -342,14 +343,15 @@ TEST_F(ExportTest, AnEmptyListFailsInEveryFormat) {
   }
 }
 
-TEST_F(ExportTest, ProgressCountsTheMessages) {
+TEST_F(ExportTest, ProgressCountsTheMessagesUpToTheLast) {
   std::vector<std::size_t> counts;
-  const MessageList list = {std::make_shared<EmailMessage>(fullMessage()),
-                            std::make_shared<EmailMessage>(bareMessage())};
+  const MessageList list(1000, std::make_shared<EmailMessage>(bareMessage()));
   ExportUtility::exportMessages(
       list, Format::csv, [](std::string_view) {}, exportTime(),
       [&counts](std::size_t done) { counts.push_back(done); });
-  EXPECT_EQ(counts, (std::vector<std::size_t>{1, 2}));
+  EXPECT_GT(counts.size(), 2U);
+  EXPECT_TRUE(std::ranges::is_sorted(counts));
+  EXPECT_EQ(counts.back(), 1000U);
 }
 
 }  // namespace
