@@ -106,6 +106,7 @@ TEST_F(StoreBootstrapTest, ScreenshotsWorkInMemoryAndLeaveTheKeyAndTheStoreFiles
 
 TEST_F(StoreBootstrapTest, ScreenshotsWithoutMemoryGoOnAsIfNotAskedFor) {
   arguments.emplace_back("--screenshots");
+  settings.set(SettingKey::iCloudSyncEnabled, false);
   EXPECT_NE(start({1}), nullptr);
   EXPECT_THAT(attempts, ElementsAre(inMemory, withoutCloud));
 }
@@ -122,6 +123,7 @@ TEST_F(StoreBootstrapTest, ACloudFailureKeepsTheStoreAndSwitchesSyncOffForGood) 
 }
 
 TEST_F(StoreBootstrapTest, WithTheKeyFalseAFailureThatNamesCloudKitRetriesAndWritesTheKeyFalse) {
+  settings.set(SettingKey::iCloudSyncEnabled, false);
   EXPECT_NE(start({1}, "CloudKit"), nullptr);
   EXPECT_THAT(attempts, ElementsAre(withoutCloud, withoutCloud));
   EXPECT_TRUE(settings.isPresent(SettingKey::iCloudSyncEnabled));
@@ -129,6 +131,7 @@ TEST_F(StoreBootstrapTest, WithTheKeyFalseAFailureThatNamesCloudKitRetriesAndWri
 }
 
 TEST_F(StoreBootstrapTest, TheWordICloudCountsAndItsLowerCaseDoesNot) {
+  settings.set(SettingKey::iCloudSyncEnabled, false);
   EXPECT_NE(start({1}, "Not signed in to iCloud."), nullptr);
   EXPECT_FALSE(files().contains(givenUp));
   attempts.clear();
@@ -139,8 +142,6 @@ TEST_F(StoreBootstrapTest, TheWordICloudCountsAndItsLowerCaseDoesNot) {
 
 TEST_F(StoreBootstrapTest, ADamagedStoreIsMovedIntoADatedFolderAndAFreshOneTakesItsPlace) {
   write(store(), "this is no database, and longer than the header of one would be: " + std::string(200, 'x'));
-  write(store().string() + "-wal", "wal");
-  write(store().string() + "-shm", "shm");
   write(folder() / "libraries.json", "[]");
   bool isMoved = false;
   {
@@ -152,8 +153,6 @@ TEST_F(StoreBootstrapTest, ADamagedStoreIsMovedIntoADatedFolderAndAFreshOneTakes
     if (name.starts_with("default.store.2")) {
       isMoved = true;
       EXPECT_THAT(textOf(folder() / name / "default.store"), StartsWith("this is no database"));
-      EXPECT_EQ(textOf(folder() / name / "default.store-wal"), "wal");
-      EXPECT_EQ(textOf(folder() / name / "default.store-shm"), "shm");
     }
   }
   EXPECT_TRUE(isMoved);
@@ -208,6 +207,7 @@ TEST_F(StoreBootstrapTest, WhenEveryAttemptFailsTheFatalMessageShowsTheFirstErro
 }
 
 TEST_F(StoreBootstrapTest, WithNoPlaceForAStoreNothingIsClearedAndTheProcessEnds) {
+  settings.set(SettingKey::iCloudSyncEnabled, false);
   StoreBootstrap bootstrap{.arguments = arguments, .settings = settings, .folder = {}};
   bootstrap.open = [&](const StoreConfiguration& configuration) -> std::shared_ptr<ModelContainer> {
     attempts.push_back(configuration);
