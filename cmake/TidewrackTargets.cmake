@@ -62,5 +62,7 @@ function(tidewrack_test name)
   endforeach()
   target_precompile_headers(${name}_tests PRIVATE <gtest/gtest.h> <gmock/gmock.h>)
   gtest_discover_tests(${name}_tests TEST_PREFIX "${name}: " DISCOVERY_MODE PRE_TEST
-                       PROPERTIES TIMEOUT 600)
+                       PROPERTIES TIMEOUT 600
+                       # What a test throws away must not end in the trash of whoever runs it.
+                       ENVIRONMENT "XDG_DATA_HOME=${CMAKE_BINARY_DIR}/tests/data-home")
 endfunction()

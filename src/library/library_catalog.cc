@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <nlohmann/json.hpp>
 
+#include "platform/desktop_services.h"
 #include "platform/failure.h"
 #include "platform/localized.h"
 #include "platform/unicode.h"
@@ -199,11 +201,18 @@ std::vector<MBOXLibrary> LibraryCatalog::deleteLibrary(const Text& id) const {
   if (found == libraries.end()) {
     return libraries;
   }
-  // For a library without a file this is the folder of all copies, which then goes as a whole.
+  // For a library without a file this is the folder of all copies, which then goes as a whole: into the
+  // trash, from where the user can take back the copies of the other libraries.
   const fs::path file = fileLocation(*found);
+  const bool isWholeFolder = found->fileName.empty();
   libraries.erase(found);
   ensureDirectories();
-  if (fileExists(file)) {
+  if (isWholeFolder) {
+    std::error_code unknown;
+    if (!fs::is_empty(file, unknown)) {
+      moveToTrash(file);
+    }
+  } else if (fileExists(file)) {
     removeItem(file);
   }
   writeLibraries(libraries);

@@ -60,7 +60,8 @@ class LibraryCatalog {
   /// A blank name or an unknown id writes nothing.
   [[nodiscard]] std::vector<MBOXLibrary> renameLibrary(const Text& id, const Text& name) const;
   /// Removes the stored copy and the entry; the whole list, newest first. An unknown id removes nothing.
-  /// A library without a file name takes the whole folder "Libraries" with it.
+  /// A library without a file name takes the whole folder "Libraries" with it, into the user's trash; where
+  /// there is no trash the operation fails and changes nothing.
   [[nodiscard]] std::vector<MBOXLibrary> deleteLibrary(const Text& id) const;
 
  private:

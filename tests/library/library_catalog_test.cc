@@ -4,6 +4,7 @@
 #include <csignal>
 #include <fstream>
 
+#include <glib.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -12,6 +13,7 @@
 
 #include "platform/failure.h"
 #include "support/temporary_folder.h"
+#include "support/trash.h"
 
 namespace tidewrack {
 namespace {
@@ -264,13 +266,35 @@ TEST_F(LibraryCatalogTest, DeletingAnUnknownIDRemovesNothing) {
   EXPECT_THAT(copies(), SizeIs(1));
 }
 
+// Everything in the trash of this user that has this name somewhere below.
+bool isInTrash(const std::string& name) {
+  const std::filesystem::path trash = std::filesystem::path(g_get_user_data_dir()) / "Trash/files";
+  std::error_code none;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(trash, none)) {
+    if (entry.path().filename() == name) {
+      return true;
+    }
+  }
+  return false;
+}
+
 TEST_F(LibraryCatalogTest, DeletingAnAdoptedLibraryEmptiesTheLibrariesFolder) {
+  if (!hasTrash(folder_.path())) {
+    GTEST_SKIP() << "no trash for the temporary folder";
+  }
   const auto imported = catalog().importLibraries({archive("a.mbox")});
   (void)adopted();
   EXPECT_EQ(catalog().deleteLibrary("remote"), imported);
   EXPECT_FALSE(fileExists(catalog().fileLocation(imported[0])));
   EXPECT_EQ(catalog().loadLibraries(), imported);
   EXPECT_THAT(copies(), IsEmpty());
+  EXPECT_TRUE(isInTrash(imported[0].fileName.string())) << "the copies can be taken back";
+}
+
+TEST_F(LibraryCatalogTest, DeletingAnAdoptedLibraryWithAnEmptyFolderThrowsNothingAway) {
+  (void)adopted();
+  EXPECT_THAT(catalog().deleteLibrary("remote"), IsEmpty());
+  EXPECT_TRUE(fileExists(catalog().librariesFolder()));
 }
 
 TEST_F(LibraryCatalogTest, ACorruptCatalogFileMakesEveryOperationFailAndIsNotReplaced) {
