@@ -28,6 +28,7 @@ constexpr std::array commands = {CommandDefinition{"parse", Command::parse, 1, a
                                  CommandDefinition{"libraries", Command::libraries, 0, 0},
                                  CommandDefinition{"messages", Command::messages, 0, 0},
                                  CommandDefinition{"classify", Command::classify, 0, anyNumber},
+                                 CommandDefinition{"export", Command::exportMessages, 0, 0},
                                  CommandDefinition{"show", Command::show, 1, 1},
                                  CommandDefinition{"html", Command::html, 1, 1},
                                  CommandDefinition{"rename", Command::rename, 2, 2},
@@ -65,15 +66,21 @@ class Reader {
     const auto name = argument.substr(0, equals);
     const auto command = result_.command;
     const bool listsMessages = command == Command::messages;
+    const bool isExport = command == Command::exportMessages;
+    const bool takesSelectors = listsMessages || isExport;
     if (name == "--digest" && equals == std::string::npos && (listsMessages || command == Command::parse)) {
       setOnce(result_.form, Form::digest, Form::columns);
     } else if (name == "--json" && equals == std::string::npos && listsMessages) {
       setOnce(result_.form, Form::json, Form::columns);
     } else if (name == "--count" && equals == std::string::npos && listsMessages) {
       setOnce(result_.form, Form::count, Form::columns);
-    } else if (const auto* selector = listsMessages ? findSelectorOption(name) : nullptr;
+    } else if (const auto* selector = takesSelectors ? findSelectorOption(name) : nullptr;
                selector && (selector->takesValue || equals == std::string::npos)) {
       selector->enter(result_.selectors, selector->takesValue ? value(argument, equals) : std::string());
+    } else if (name == "--format" && isExport) {
+      result_.exportFormat = format(value(argument, equals));
+    } else if (name == "--output" && isExport) {
+      result_.exportFile = value(argument, equals);
     } else if (name == "--text" && equals == std::string::npos && command == Command::show) {
       setOnce(result_.part, Part::text, Part::overview);
     } else if (name == "--html" && equals == std::string::npos && command == Command::show) {
@@ -101,6 +108,18 @@ class Reader {
     }
     throw UsageFailure(formatText(
         localized("ctl_unknown_appearance", "Unknown appearance: %@", "tidewrackctl usage error"), {name}));
+  }
+
+  static ExportUtility::ExportFormat format(const std::string& name) {
+    const auto known = ExportUtility::formatFromExtension(name);
+    if (!known) {
+      throw UsageFailure(formatText(localized("ctl_unknown_format",
+                                              "Unknown format: %@. The formats are txt, html, json, csv and "
+                                              "mbox.",
+                                              "tidewrackctl usage error"),
+                                    {name}));
+    }
+    return *known;
   }
 
   // Two options that exclude each other are an error rather than a silent choice.
@@ -165,6 +184,11 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         formatText(localized("ctl_option_missing", "The option %@ is missing.", "tidewrackctl usage error"),
                    {std::string("--appearance")}));
   }
+  if (result.command == Command::exportMessages && (!result.exportFormat || result.exportFile.empty())) {
+    throw UsageFailure(localized("ctl_export_needs_options",
+                                 "An export needs the options --format and --output.",
+                                 "tidewrackctl usage error"));
+  }
   if (result.command == Command::rename && trimWhitespaceAndNewlines(result.operands[1]).empty()) {
     throw UsageFailure(localized("ctl_empty_name", "A library needs a name.", "tidewrackctl usage error"));
   }
@@ -184,6 +208,8 @@ Commands:
                                  or one JSON object a line; or only their number
   classify [FILE...]             count mailboxes, tabs and labels, of mail archives or else of all
                                  stored messages, as one JSON object
+  export --format FORMAT --output FILE [SELECTOR...]
+                                 write the messages into a file as txt, html, json, csv or mbox
   show ID [--text | --html | --attachments FOLDER]
                                  show a message, only its text or HTML body, or save its
                                  attachments into a folder
@@ -195,7 +221,7 @@ Commands:
   delete ID                      delete a library with its messages
   tokenize TEXT                  print the words under which a text is found, one a line
 
-Selectors (a message is listed when it passes all that are given):
+Selectors (a message is chosen when it passes all that are given):
   --library ID                   the messages of one library
   --mailbox NAME                 inbox, starred, important, sent, drafts, scheduled, archived, spam
                                  or trash, or a name that mail providers have for one of them

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "cli/message_selectors.h"
+#include "export/export_utility.h"
 #include "reading/html_document.h"
 
 namespace tidewrack {
@@ -19,6 +21,7 @@ struct CommandLine {
     libraries,
     messages,
     classify,
+    exportMessages,
     show,
     html,
     rename,
@@ -40,6 +43,8 @@ struct CommandLine {
   bool operandIsFile = false;                ///< Of the command html: a file in place of a message.
   std::optional<HTMLAppearance> appearance;  ///< Of the command html: always set.
   bool invertsContent = false;
+  std::optional<ExportUtility::ExportFormat> exportFormat;  ///< Set with the command that exports.
+  std::string exportFile;                                   ///< Likewise.
 };
 
 /// The arguments do not make sense; `what()` says why, in the user's language.

@@ -13,6 +13,7 @@ int importArchives(const CommandLine& line, Output& output);
 int listLibraries(Output& output);
 int listMessages(const CommandLine& line, Output& output);
 int classifyMessages(const CommandLine& line, Output& output);
+int exportMessages(const CommandLine& line);
 int showMessage(const CommandLine& line, Output& output);
 int printDocument(const CommandLine& line, Output& output);
 int renameLibrary(const CommandLine& line);

@@ -37,6 +37,8 @@ int run(const CommandLine& line, Output& output) {
       return listMessages(line, output);
     case Command::classify:
       return classifyMessages(line, output);
+    case Command::exportMessages:
+      return exportMessages(line);
     case Command::show:
       return showMessage(line, output);
     case Command::html:
