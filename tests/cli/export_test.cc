@@ -136,14 +136,14 @@ TEST(ExportCommandDiskTest, aFullDiskLeavesNoHalfFileAndKeepsAnExistingOne) {
   const auto archive = world.file("archive.mbox", bytes);
   ASSERT_EQ(world.run("import", archive).status, 0);
   // A small file system in memory, seen by this shell alone.
-  const std::string script = R"(
+  const std::string script = R"sh(
     mount -t tmpfs -o size=1m tmpfs "$DISK" || exit 77
     echo old >"$DISK/kept.json"
     "$CTL" export --format json --output "$DISK/kept.json" 2>"$OUT" && exit 1
     "$CTL" export --format json --output "$DISK/new.json" 2>>"$OUT" && exit 2
     [ "$(cat "$DISK/kept.json")" = old ] || exit 3
     [ "$(ls -A "$DISK")" = kept.json ] || exit 4
-  )";
+  )sh";
   Program shell("/usr/bin/unshare");
   for (const char* name : {"data", "config", "cache"}) {
     std::string variable = std::string("XDG_") + name + "_HOME";

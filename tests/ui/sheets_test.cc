@@ -1,4 +1,5 @@
-#include <fstream>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include <adwaita.h>
@@ -6,6 +7,7 @@
 #include "platform/desktop_services.h"
 #include "platform/files.h"
 #include "ui/window_fixture.h"
+#include "ui/window_picture.h"
 
 namespace tidewrack {
 namespace {
@@ -59,6 +61,13 @@ class SheetsTest : public WindowTest {
     g_signal_emit_by_name(button->gobj(), "clicked");
     runPending();
   }
+  /// Writes a picture of the window into the folder that the environment names, for whoever wants to look.
+  void picture(const std::string& name) {
+    if (const char* folder = std::getenv("TIDEWRACK_PICTURES")) {
+      runUntil([] { return false; }, 1);
+      EXPECT_TRUE(ui::writePicture(window_->window(), std::filesystem::path(folder) / (name + ".png")));
+    }
+  }
   Gtk::Widget* focus() { return window_->window().get_focus(); }
   bool hasFocusIn(const std::string& name) {
     auto* root = find(name);
@@ -95,6 +104,7 @@ TEST_F(SheetsTest, TheListOfLibrariesShowsEachWithItsCount) {
   pressInRow("work", "library.select");
   EXPECT_TRUE(runUntil([this] { return window_->list().model()->size() == 3; }));
   EXPECT_NE(findWidget(row("work")->gobj(), "library.selected"), nullptr);
+  picture("manage-libraries");
 }
 
 TEST_F(SheetsTest, WithoutLibrariesTheListSaysSo) {
@@ -102,6 +112,7 @@ TEST_F(SheetsTest, WithoutLibrariesTheListSaysSo) {
   screen_->isShowingManageLibrariesSheet.set(true);
   runPending();
   EXPECT_NE(find("manageLibraries.empty"), nullptr);
+  picture("manage-libraries-empty");
 }
 
 TEST_F(SheetsTest, ALibraryIsRenamedThroughItsDialog) {
@@ -139,11 +150,13 @@ TEST_F(SheetsTest, ADeleteAsksFirstThenTellsHowItStandsAndEndsWithItsButton) {
   EXPECT_EQ(find<Gtk::Label>("confirmation.message")->get_text(),
             "Delete \"work\" and remove its imported messages?");
   EXPECT_TRUE(hasFocusIn("confirmation.root"));
+  picture("delete-confirmation");
   press("confirmation.confirm");
   ASSERT_TRUE(runUntil([this] { return find("importStatus.dismiss") != nullptr; }));
   EXPECT_EQ(find("confirmation.root"), nullptr);
   EXPECT_EQ(find<Gtk::Label>("importStatus.title")->get_text(), "Library Deleted");
   EXPECT_EQ(row("work"), nullptr);
+  picture("delete-success");
   press("importStatus.dismiss");
   EXPECT_TRUE(isGone("deletion.root"));
   EXPECT_FALSE(screen_->importStatus());
@@ -185,6 +198,7 @@ TEST_F(SheetsTest, DiscoveredLibrariesHaveACardEachAndNoneIsSaid) {
   screen_->isShowingDiscoveredLibraries.set(true);
   runPending();
   EXPECT_NE(find("discoveredLibraries.empty"), nullptr);
+  picture("discovered-libraries-empty");
   DiscoveredLibrary library;
   library.id = "far";
   library.displayName = "Far";
@@ -194,6 +208,7 @@ TEST_F(SheetsTest, DiscoveredLibrariesHaveACardEachAndNoneIsSaid) {
   runPending();
   EXPECT_EQ(find("discoveredLibraries.empty"), nullptr);
   EXPECT_NE(find("discoveredLibrary.far"), nullptr);
+  picture("discovered-libraries");
   press("discoveredLibraries.close");
   EXPECT_TRUE(isGone("discoveredLibraries.root"));
 }
@@ -233,6 +248,7 @@ TEST_F(ExportSheetTest, WritesTheChosenFormatAndShowsTheFile) {
   find<Gtk::CheckButton>("export.format.mbox")->set_active(true);
   EXPECT_EQ(find<Gtk::Label>("export.description")->get_text(),
             "Formato estándar de correo, compatible con otros clientes de email");
+  picture("export");
   answer_ = folder_ / "out.mbox";
   press("export.export");
   EXPECT_TRUE(isGone("export.root"));
