@@ -14,6 +14,7 @@
 #include "ui/main_menu.h"
 #include "ui/settings_sheet.h"
 #include "ui/style.h"
+#include "ui/web_library.h"
 #include "ui/window_picture.h"
 
 namespace tidewrack::ui {
@@ -83,6 +84,9 @@ bool Application::ensureWindow() {
         },
         false);
     screen_->startup();
+    Glib::signal_idle().connect_once(
+        [this] { screen_->services().executor.runInBackground(TaskPriority::utility, prefetchWebLibrary); },
+        Glib::PRIORITY_LOW);
     if (!configuration_.pictureFile.empty()) {
       takePictureWhenReady();
     }

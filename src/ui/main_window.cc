@@ -143,6 +143,8 @@ Gtk::Widget* MainWindow::makeListColumn() {
   actions.onShowDiscovered = [this] { screen_.isShowingDiscoveredLibraries.set(true); };
   middle_ = Gtk::make_managed<Gtk::Stack>();
   middle_->set_vexpand(true);
+  middle_->set_hhomogeneous(false);
+  middle_->set_vhomogeneous(false);
   middle_->add(*list_, listPage);
   middle_->add(*Gtk::make_managed<WelcomeView>(screen_, std::move(actions)), welcomePage);
   return makeColumn(bar, *middle_, listMinimumWidth, "list-column");

@@ -6,6 +6,7 @@
 #include "reading/icons.h"
 #include "ui/alerts.h"
 #include "ui/style.h"
+#include "ui/web_library.h"
 #include "ui/widgets.h"
 
 namespace tidewrack::ui {
@@ -32,15 +33,20 @@ MessageDetailView::MessageDetailView(ContentView& screen, IntelligenceService& i
       attachments_(detail_) {
   setIdentifier(page_, "messageDetail.root");
   setIdentifier(text_.view(), "messageDetail.text");
+  setAccessibleLabel(text_.view(), localized("body_picker_title", "Body", "Body selector title"));
   page_.append(header_);
   makeNotice();
   page_.append(notice_);
   bodies_.set_vexpand(true);
+  bodies_.set_hhomogeneous(false);
+  bodies_.set_vhomogeneous(false);
   bodies_.add(noBody_);
   bodies_.add(text_);
   page_.append(bodies_);
   page_.append(attachments_);
   stack_.set_vexpand(true);
+  stack_.set_hhomogeneous(false);  // What is hidden is not measured, which a start would feel.
+  stack_.set_vhomogeneous(false);
   stack_.add(page_, messagePage);
   makePlaceholder();
   append(stack_);
@@ -111,6 +117,10 @@ void MessageDetailView::showBody() {
   blank_.disconnect();
   if (body.mode == BodyDisplayMode::html) {
     hideNotice();
+    if (body.html && !loadWebLibrary()) {
+      htmlUnavailable();
+      return;
+    }
     if (body.html) {
       auto& view = ensureHTMLView();
       view.update(body.html, body.appearance, body.invertContent);

@@ -36,6 +36,8 @@ MessageListView::MessageListView(ContentView& screen)
   makeList();
   makeEmptyPage();
   stack_.set_vexpand(true);
+  stack_.set_hhomogeneous(false);
+  stack_.set_vhomogeneous(false);
   append(stack_);
   subscriptions_.push_back(screen_.cachedFilteredMessages.observe([this] { messagesChanged(); }));
   subscriptions_.push_back(screen_.cachedConversationCounts.observe([this] { messagesChanged(); }));
