@@ -47,8 +47,9 @@ bench: packages
 	cmake --build --preset bench
 	build/bench/tidewrack-bench $(BENCH_FLAGS)
 	cmake --preset release
-	cmake --build --preset release --target tidewrack-reading-figures
+	cmake --build --preset release --target tidewrack-reading-figures tidewrack-window-bench
 	$(ON_DISPLAY) build/release/tidewrack-reading-figures
+	$(ON_DISPLAY) build/release/tidewrack-window-bench
 
 screenshots: packages
 	cmake --preset release
