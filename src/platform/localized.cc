@@ -2,6 +2,8 @@
 
 #include <libintl.h>
 
+#include "platform/app_language.h"
+#include "platform/count_text.h"
 #include "platform/resources.h"
 
 namespace tidewrack {
@@ -18,10 +20,15 @@ void bindDomain() {
 
 void appendValue(std::string& out, const FormatValue& value) {
   if (const auto* number = std::get_if<long long>(&value)) {
-    out += std::to_string(*number);
-  } else {
-    out += std::get<std::string>(value);
+    out += formatCount(*number);
+    return;
   }
+  // Among letters that run the other way a name or an address keeps its own order (Unicode Annex 9,
+  // isolates).
+  const bool isIsolated = isInterfaceRightToLeft();
+  out += isIsolated ? "\u2068" : "";
+  out += std::get<std::string>(value);
+  out += isIsolated ? "\u2069" : "";
 }
 
 // A placeholder at the start of `rest`: its length and, from `%1$@`, its position (0 without one).

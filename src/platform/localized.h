@@ -15,7 +15,9 @@ std::string localized(const char* key, const char* defaultText, const char* comm
 using FormatValue = std::variant<long long, std::string>;
 
 /// Fills a format whose placeholders are `%d` (integer) and `%@` (text), in order, or `%1$d`, `%2$@` by
-/// position; `%%` is a percent sign. A placeholder without a value stays as it stands.
+/// position; `%%` is a percent sign. A placeholder without a value stays as it stands. Integers are written
+/// in the digits of the current locale; in a language from right to left each text is isolated, so that it
+/// keeps its own direction.
 std::string formatText(std::string_view format, std::initializer_list<FormatValue> values);
 
 }  // namespace tidewrack

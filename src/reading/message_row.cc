@@ -1,5 +1,6 @@
 #include "reading/message_row.h"
 
+#include "platform/count_text.h"
 #include "platform/localized.h"
 
 namespace tidewrack {
@@ -11,7 +12,7 @@ MessageRow makeMessageRow(const EmailMessage& message, std::int64_t conversation
   row.sender = displayForm(message.from);
   row.snippet = message.snippet.string();
   if (!message.attachments.empty()) {
-    row.attachmentsText = std::to_string(message.attachments.size());
+    row.attachmentsText = formatCount(static_cast<std::int64_t>(message.attachments.size()));
   }
   if (conversationCount >= 2) {
     row.conversationText =

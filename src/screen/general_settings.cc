@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/count_text.h"
 #include "platform/localized.h"
 #include "reading/gravatar_service.h"
 
@@ -73,7 +74,7 @@ std::int64_t GeneralSettings::maximum() const {
 }
 
 std::string GeneralSettings::maximumLabel() const {
-  return "Máximo de mensajes por importación: " + std::to_string(maximum());
+  return "Máximo de mensajes por importación: " + formatCount(maximum());
 }
 
 void GeneralSettings::stepMaximum(std::int64_t step) {

@@ -1,6 +1,7 @@
 #include "ui/sidebar_row_view.h"
 
 #include "reading/display_text.h"
+#include "platform/count_text.h"
 #include "ui/widgets.h"
 
 namespace tidewrack::ui {
@@ -117,7 +118,7 @@ void SidebarRowView::showRow(const SidebarRow& row) {
   title_->set_hexpand(!row.isCloudDerived);
   badge_->set_hexpand(row.isCloudDerived);
   badge_->set_halign(Gtk::Align::END);
-  badge_->set_text(Glib::ustring::format(row.badge.count));
+  badge_->set_text(formatCount(row.badge.count));
   row_->set_visible(true);
 }
 

@@ -1,5 +1,6 @@
 #include "ui/toolbar_view.h"
 
+#include "platform/count_text.h"
 #include "ui/widgets.h"
 
 namespace tidewrack::ui {
@@ -64,7 +65,7 @@ void ToolbarView::show(const ToolbarItem& item, Slot& slot) {
   }
   setAccessibleLabel(*slot.button, item.label.empty() ? item.help : item.label);
   slot.badge->set_visible(item.badge.has_value());
-  slot.badge->set_text(Glib::ustring::format(item.badge.value_or(0)));
+  slot.badge->set_text(formatCount(item.badge.value_or(0)));
   slot.spinner->set_visible(item.showsSpinner);
   slot.spinner->set_spinning(item.showsSpinner);
 }
