@@ -46,7 +46,8 @@ void ArchivePicker::answered(int response) {
   if (response == Gtk::ResponseType::ACCEPT) {
     const auto chosen = chooser_->get_files();
     for (guint position = 0; position < chosen->get_n_items(); ++position) {
-      files.push_back(std::dynamic_pointer_cast<Gio::File>(chosen->get_object(position)));
+      // Files have no class of their own that gtkmm could wrap; only their interface has.
+      files.push_back(Glib::wrap(G_FILE(g_list_model_get_item(chosen->gobj(), position))));
     }
   }
   chooser_.reset();

@@ -8,6 +8,32 @@
 
 namespace tidewrack::ui {
 
+namespace {
+
+using Focus = gboolean (*)(GtkWidget*, GtkDirectionType);
+Focus originalFocus = nullptr;
+
+// GTK's expander, once it has the keyboard, gives it to itself: the Tab key never left it.
+gboolean moveFocus(GtkWidget* widget, GtkDirectionType direction) {
+  if (gtk_widget_is_focus(widget) == FALSE) {
+    return originalFocus(widget, direction);
+  }
+  const bool isForward = direction == GTK_DIR_TAB_FORWARD || direction == GTK_DIR_DOWN;
+  GtkWidget* child = gtk_expander_get_child(GTK_EXPANDER(widget));
+  const bool isOpen = gtk_expander_get_expanded(GTK_EXPANDER(widget)) != FALSE && child != nullptr;
+  return isForward && isOpen ? gtk_widget_child_focus(child, direction) : FALSE;
+}
+
+void letKeyboardLeave(Gtk::Expander& expander) {
+  GtkWidgetClass* widgets = GTK_WIDGET_GET_CLASS(expander.gobj());
+  if (widgets->focus != &moveFocus) {
+    originalFocus = widgets->focus;
+    widgets->focus = &moveFocus;
+  }
+}
+
+}  // namespace
+
 AttachmentsView::AttachmentsView(MessageDetail& detail)
     : detail_(detail), model_(AttachmentListModel::create()) {
   add_css_class("attachments");
@@ -18,6 +44,7 @@ AttachmentsView::AttachmentsView(MessageDetail& detail)
   expander_.set_label_widget(*label);
   expander_.set_hexpand(true);
   setIdentifier(expander_, "messageDetail.attachments");
+  letKeyboardLeave(expander_);
   makeList();
   addSaveShortcut();
   expander_.set_child(scroller_);
@@ -56,6 +83,7 @@ void AttachmentsView::makeList() {
 void AttachmentsView::showAttachments() {
   const auto& attachments = detail_.attachments();
   title_.set_text(attachmentsTitle(attachments.size()));
+  setAccessibleLabel(list_, attachmentsTitle(attachments.size()));
   model_->replace(attachments);
   // A list view wants no height of its own.
   scroller_.set_min_content_height(rowHeight * std::min(static_cast<int>(attachments.size()), rowsShown));

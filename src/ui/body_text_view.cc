@@ -57,6 +57,7 @@ std::string layable(std::string_view piece, std::size_t maximum, std::size_t& li
 BodyTextView::BodyTextView(int margin) {
   buffer_ = textView_.get_buffer();
   textView_.set_editable(false);
+  textView_.set_accepts_tab(false);  // The keyboard leads on through the window.
   textView_.set_cursor_visible(false);
   textView_.set_wrap_mode(Gtk::WrapMode::WORD_CHAR);
   textView_.set_left_margin(margin);
