@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -72,6 +73,7 @@ EmailAttachment makeAttachment(std::size_t number, const DemoMessage& source) {
 
 std::vector<EmailAddress> makeAddresses(const std::vector<DemoPerson>& people) {
   std::vector<EmailAddress> addresses;
+  addresses.reserve(people.size());
   for (const DemoPerson& person : people) {
     addresses.push_back({Text(person.name), Text(person.address)});
   }
@@ -118,6 +120,7 @@ std::string demoMessageID(std::size_t number) {
 
 std::vector<MBOXLibrary> demoLibraries() {
   std::vector<MBOXLibrary> libraries;
+  libraries.reserve(std::size(libraryRows));
   for (const LibraryRow& row : libraryRows) {
     libraries.push_back({row.id, row.displayName, row.fileName, toDate(row.importedAt), false});
   }

@@ -83,6 +83,7 @@ int run(const Launch& launch) {
   }
   words.insert(words.end(), launch.files.begin(), launch.files.end());
   std::vector<char*> pointers;
+  pointers.reserve(words.size());
   for (std::string& word : words) {
     pointers.push_back(word.data());
   }

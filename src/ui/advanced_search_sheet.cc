@@ -22,10 +22,10 @@ void connect(gpointer widget, const char* signal, std::function<void()> handler)
   g_signal_connect_closure(widget, signal, closure, FALSE);
 }
 
-Gtk::Button* makeTextButton(const char* text, const char* identifier, std::function<void()> action) {
+Gtk::Button* makeTextButton(const char* text, const char* identifier, const std::function<void()>& action) {
   auto* button = Gtk::make_managed<Gtk::Button>(text);
   setIdentifier(*button, identifier);
-  button->signal_clicked().connect(std::move(action));
+  button->signal_clicked().connect(action);
   return button;
 }
 

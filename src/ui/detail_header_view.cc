@@ -1,6 +1,7 @@
 #include "ui/detail_header_view.h"
 
 #include <array>
+#include <iterator>
 #include <variant>
 
 #include "platform/localized.h"
@@ -122,6 +123,7 @@ void DetailHeaderView::makeTop() {
 
 void DetailHeaderView::makePickers() {
   std::vector<SegmentedChoice::Option> modes;
+  modes.reserve(std::size(bodyModes));
   for (const auto mode : bodyModes) {
     modes.push_back({title(mode), {}});
   }
@@ -134,6 +136,7 @@ void DetailHeaderView::makePickers() {
       [this](std::size_t index) { detail_.setDisplayMode(bodyModes[index]); });
 
   std::vector<SegmentedChoice::Option> choices;
+  choices.reserve(std::size(backgrounds));
   for (const auto background : backgrounds) {
     choices.push_back({title(background), icon(background)});
   }
