@@ -164,7 +164,8 @@ CREATE TRIGGER persistedEmailMessageHTMLBody INSTEAD OF UPDATE OF htmlBody ON Pe
   UPDATE contentNumber SET next = next + 1;
 END;
 )sql"},
-    {2, R"(The search tokens. As rows, each of the millions of pairs of a word and a message would take some eighty
+    {2,
+     R"(The search tokens. As rows, each of the millions of pairs of a word and a message would take some eighty
 bytes and as many microseconds as all of its like take now. The documented entity is a view over a compact form.)",
      R"sql(
 DROP TABLE PersistedSearchToken;

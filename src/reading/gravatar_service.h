@@ -25,7 +25,8 @@ class GravatarService {
   /// `folder` holds the cache: pictures as downloaded under the hash of the address, and empty files
   /// HASH.missing for addresses that have none. `baseURL` has no slash at its end. `timeout`: how long the
   /// service may be silent.
-  explicit GravatarService(std::filesystem::path folder, std::string baseURL = std::string("https://") + defaultHost,
+  explicit GravatarService(std::filesystem::path folder,
+                           std::string baseURL = std::string("https://") + defaultHost,
                            std::chrono::seconds timeout = std::chrono::seconds(8));
 
   /// The one of the program, made when first asked for. Its folder is "Gravatar" in the folder for caches, or

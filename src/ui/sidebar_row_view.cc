@@ -1,7 +1,7 @@
 #include "ui/sidebar_row_view.h"
 
-#include "reading/display_text.h"
 #include "platform/count_text.h"
+#include "reading/display_text.h"
 #include "ui/widgets.h"
 
 namespace tidewrack::ui {
