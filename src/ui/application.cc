@@ -72,7 +72,11 @@ void Application::addActions() {
 
 bool Application::ensureWindow() {
   if (hasFailed()) {
-    showFailure();
+    if (configuration_.pictureFile.empty()) {
+      showFailure();
+    } else {
+      quit();  // Nobody sits before the screen; standard error has the message.
+    }
     return false;
   }
   if (!window_) {

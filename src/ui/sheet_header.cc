@@ -12,10 +12,10 @@ constexpr int placeholderIconSize = 56;
 
 }  // namespace
 
-SheetHeader::SheetHeader(const std::string& title, std::function<void()> close) {
+SheetHeader::SheetHeader(const std::string& title, const std::function<void()>& close) {
   add_css_class("sheet-header");
   close_.set_label(localized("close_button", "Close", "Close button"));
-  close_.signal_clicked().connect(std::move(close));
+  close_.signal_clicked().connect(close);
   set_start_widget(close_);
   auto* label = Gtk::make_managed<Gtk::Label>(title);
   label->add_css_class("sheet-title");
@@ -23,8 +23,8 @@ SheetHeader::SheetHeader(const std::string& title, std::function<void()> close) 
   set_center_widget(*label);
 }
 
-SheetHeader* makeSheetHeader(const std::string& title, std::function<void()> close) {
-  return Gtk::make_managed<SheetHeader>(title, std::move(close));
+SheetHeader* makeSheetHeader(const std::string& title, const std::function<void()>& close) {
+  return Gtk::make_managed<SheetHeader>(title, close);
 }
 
 Gtk::Box* makeSheetPlaceholder(std::string_view symbol, const std::string& text,

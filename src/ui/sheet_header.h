@@ -11,7 +11,7 @@ namespace tidewrack::ui {
 /// The line at the head of a sheet: a close button, and the title in the middle.
 class SheetHeader : public Gtk::CenterBox {
  public:
-  SheetHeader(const std::string& title, std::function<void()> close);
+  SheetHeader(const std::string& title, const std::function<void()>& close);
   [[nodiscard]] Gtk::Button& closeButton() { return close_; }
 
  private:
@@ -19,7 +19,7 @@ class SheetHeader : public Gtk::CenterBox {
 };
 
 /// A header for its parent to keep.
-SheetHeader* makeSheetHeader(const std::string& title, std::function<void()> close);
+SheetHeader* makeSheetHeader(const std::string& title, const std::function<void()>& close);
 
 /// What a sheet shows that has nothing to list: an icon over a line, and a second one where there is more to
 /// say.

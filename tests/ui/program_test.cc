@@ -95,12 +95,27 @@ TEST_F(ProgramTest, ASecondLaunchHandsItsFileToTheFirst) {
   EXPECT_NE(libraries.output.find("sample"), std::string::npos) << libraries.output << libraries.errors;
 }
 
-TEST_F(ProgramTest, AStoreThatCannotBeOpenedEndsItWithAMessage) {
+constexpr const char* startAndWaitForTheEnd = "timeout 60 \"$tidewrack\" --picture=/dev/null";
+
+TEST_F(ProgramTest, AStoreThatCannotBeOpenedIsMovedAsideAndAFreshOneTakesItsPlace) {
   // A folder stands where the store should be.
-  std::filesystem::create_directories(folder_ / "data/Tidewrack/default.store/in the way");
-  const auto result = runOnDisplay(
-      "\"$tidewrack\" --picture=/dev/null & pid=$!; "
-      "timeout 20 sh -c \"until [ ! -d /proc/$pid ]; do :; done\"; kill $pid 2>/dev/null; wait $pid");
+  const auto folder = folder_ / "data/Tidewrack";
+  std::filesystem::create_directories(folder / "default.store/in the way");
+  const auto result = runOnDisplay(startAndWaitForTheEnd);
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_TRUE(std::filesystem::is_regular_file(folder / "default.store"));
+  bool isKept = false;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    isKept = isKept || entry.path().filename() == "in the way";
+  }
+  EXPECT_TRUE(isKept);
+}
+
+TEST_F(ProgramTest, WithoutAPlaceForAStoreItEndsWithAMessage) {
+  // A file stands where the folder of the store should be.
+  std::filesystem::create_directories(folder_ / "data");
+  std::ofstream(folder_ / "data/Tidewrack") << "in the way";
+  const auto result = runOnDisplay(startAndWaitForTheEnd);
   EXPECT_NE(result.errors.find("tidewrack: "), std::string::npos) << result.errors;
   EXPECT_NE(result.status, 0);
 }
