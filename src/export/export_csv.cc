@@ -25,7 +25,7 @@ void appendField(std::string& line, std::string_view field) {
   line += '"';
 }
 
-class CSVWriter final : public MessageWriter {
+class CSVWriter final : public FormatWriter {
  public:
   [[nodiscard]] std::string head() const override {
     return "ID,Asunto,De,Para,CC,Fecha,Etiquetas,Adjuntos,Biblioteca\n";
@@ -64,7 +64,7 @@ class CSVWriter final : public MessageWriter {
 
 }  // namespace
 
-std::unique_ptr<MessageWriter> makeCSVWriter() {
+std::unique_ptr<FormatWriter> makeCSVWriter() {
   return std::make_unique<CSVWriter>();
 }
 

@@ -169,7 +169,7 @@ void appendMessage(std::string& html, const EmailMessage& message, const DateSty
   html += "</div>";
 }
 
-class HTMLWriter final : public MessageWriter {
+class HTMLWriter final : public FormatWriter {
  public:
   explicit HTMLWriter(std::size_t count) : count_(count) {}
 
@@ -192,7 +192,7 @@ class HTMLWriter final : public MessageWriter {
 
 }  // namespace
 
-std::unique_ptr<MessageWriter> makeHTMLWriter(std::size_t count) {
+std::unique_ptr<FormatWriter> makeHTMLWriter(std::size_t count) {
   return std::make_unique<HTMLWriter>(count);
 }
 

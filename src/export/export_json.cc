@@ -108,7 +108,7 @@ void writeMessage(JSONWriter& json, const EmailMessage& message) {
 }
 
 // One message at a time, in the form that mail/json_coding reads: the values need no tree of their own.
-class JSONListWriter final : public MessageWriter {
+class JSONListWriter final : public FormatWriter {
  public:
   [[nodiscard]] std::string head() const override { return "["; }
   [[nodiscard]] std::string tail() const override { return "\n]"; }
@@ -132,7 +132,7 @@ class JSONListWriter final : public MessageWriter {
 
 }  // namespace
 
-std::unique_ptr<MessageWriter> makeJSONWriter() {
+std::unique_ptr<FormatWriter> makeJSONWriter() {
   return std::make_unique<JSONListWriter>();
 }
 

@@ -35,7 +35,7 @@ void appendBody(std::string& text, std::string_view body) {
   }
 }
 
-class MBOXWriter final : public MessageWriter {
+class MBOXWriter final : public FormatWriter {
  public:
   explicit MBOXWriter(Date now) : now_(now) {}
 
@@ -80,7 +80,7 @@ class MBOXWriter final : public MessageWriter {
 
 }  // namespace
 
-std::unique_ptr<MessageWriter> makeMBOXWriter(Date now) {
+std::unique_ptr<FormatWriter> makeMBOXWriter(Date now) {
   return std::make_unique<MBOXWriter>(now);
 }
 

@@ -4,7 +4,7 @@
 namespace tidewrack {
 namespace {
 
-class TextWriter final : public MessageWriter {
+class TextWriter final : public FormatWriter {
  public:
   explicit TextWriter(std::size_t count) : count_(std::to_string(count)) {}
 
@@ -56,7 +56,7 @@ class TextWriter final : public MessageWriter {
 
 }  // namespace
 
-std::unique_ptr<MessageWriter> makeTextWriter(std::size_t count) {
+std::unique_ptr<FormatWriter> makeTextWriter(std::size_t count) {
   return std::make_unique<TextWriter>(count);
 }
 

@@ -21,7 +21,7 @@ std::string description(ExportUtility::ExportError::Kind kind, const std::string
   return underlying;
 }
 
-std::unique_ptr<MessageWriter> makeWriter(Format format, std::size_t count, Date now) {
+std::unique_ptr<FormatWriter> makeWriter(Format format, std::size_t count, Date now) {
   switch (format) {
     case Format::txt:
       return makeTextWriter(count);

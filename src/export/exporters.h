@@ -11,12 +11,12 @@ namespace tidewrack {
 
 /// Writes one format. Made by each thread for itself; what it gives for a message depends on nothing but the
 /// message and its place in the list.
-class MessageWriter {
+class FormatWriter {
  public:
-  MessageWriter() = default;
-  virtual ~MessageWriter() = default;
-  MessageWriter(const MessageWriter&) = delete;
-  MessageWriter& operator=(const MessageWriter&) = delete;
+  FormatWriter() = default;
+  virtual ~FormatWriter() = default;
+  FormatWriter(const FormatWriter&) = delete;
+  FormatWriter& operator=(const FormatWriter&) = delete;
 
   /// What stands before the first message and behind the last one.
   [[nodiscard]] virtual std::string head() const { return {}; }
@@ -28,11 +28,11 @@ class MessageWriter {
 };
 
 /// `count` messages in all; `now` stands in for a missing date.
-std::unique_ptr<MessageWriter> makeTextWriter(std::size_t count);
-std::unique_ptr<MessageWriter> makeHTMLWriter(std::size_t count);
-std::unique_ptr<MessageWriter> makeJSONWriter();
-std::unique_ptr<MessageWriter> makeCSVWriter();
-std::unique_ptr<MessageWriter> makeMBOXWriter(Date now);
+std::unique_ptr<FormatWriter> makeTextWriter(std::size_t count);
+std::unique_ptr<FormatWriter> makeHTMLWriter(std::size_t count);
+std::unique_ptr<FormatWriter> makeJSONWriter();
+std::unique_ptr<FormatWriter> makeCSVWriter();
+std::unique_ptr<FormatWriter> makeMBOXWriter(Date now);
 
 /// The bytes of a body, 0 for none.
 inline std::uint64_t weightOf(const std::optional<Content>& body) {

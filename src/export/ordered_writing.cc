@@ -23,7 +23,7 @@ constexpr unsigned mostThreads = 4;
 
 class Pipeline {
  public:
-  using MakeWriter = std::function<std::unique_ptr<MessageWriter>()>;
+  using MakeWriter = std::function<std::unique_ptr<FormatWriter>()>;
 
   Pipeline(const MessageList& messages, const MakeWriter& makeWriter)
       : messages_(messages), makeWriter_(makeWriter) {}
@@ -91,7 +91,7 @@ class Pipeline {
   }
 
   void work() {
-    std::unique_ptr<MessageWriter> writer;
+    std::unique_ptr<FormatWriter> writer;
     while (true) {
       std::size_t number = 0;
       {
@@ -121,7 +121,7 @@ class Pipeline {
     }
   }
 
-  void fill(Stretch& stretch, std::size_t number, const MessageWriter& writer) {
+  void fill(Stretch& stretch, std::size_t number, const FormatWriter& writer) {
     const ContentReading reading;
     TextOutput output;
     output.text = spareText();
@@ -167,7 +167,7 @@ class Pipeline {
 }  // namespace
 
 void writeInOrder(const MessageList& messages,
-                  const std::function<std::unique_ptr<MessageWriter>()>& makeWriter,
+                  const std::function<std::unique_ptr<FormatWriter>()>& makeWriter,
                   const ExportUtility::Sink& sink, const ExportUtility::Progress& progress) {
   const auto stretches = (messages.size() + stretchSize - 1) / stretchSize;
   const auto threads =

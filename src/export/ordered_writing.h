@@ -13,7 +13,7 @@ namespace tidewrack {
 /// thread, straight to the sink. `makeWriter` is called on each thread. What a writer, the sink or `progress`
 /// throws comes out here, once all threads have ended.
 void writeInOrder(const MessageList& messages,
-                  const std::function<std::unique_ptr<MessageWriter>()>& makeWriter,
+                  const std::function<std::unique_ptr<FormatWriter>()>& makeWriter,
                   const ExportUtility::Sink& sink, const ExportUtility::Progress& progress);
 
 }  // namespace tidewrack

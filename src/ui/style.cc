@@ -102,7 +102,7 @@ std::string colourClass(const RGBColor& colour) {
   std::array<char, 8> digits{};
   std::snprintf(digits.data(), digits.size(), "%02x%02x%02x", toByte(colour.red), toByte(colour.green),
                 toByte(colour.blue));
-  const std::string styleClass = std::string("rgb-") + digits.data();
+  std::string styleClass = std::string("rgb-") + digits.data();
   Sheets::shared().makeKnown(styleClass, std::string("#") + digits.data());
   return styleClass;
 }

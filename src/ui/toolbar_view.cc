@@ -5,7 +5,7 @@
 
 namespace tidewrack::ui {
 
-ToolbarView::ToolbarView(ContentView& screen, std::set<ToolbarAction> offered)
+ToolbarView::ToolbarView(ContentView& screen, const std::set<ToolbarAction>& offered)
     : Gtk::Box(Gtk::Orientation::HORIZONTAL, 4), screen_(screen) {
   for (const ToolbarAction action : offered) {
     Slot slot = makeSlot(action);

@@ -16,7 +16,7 @@ namespace tidewrack::ui {
 /// is left out.
 class ToolbarView : public Gtk::Box {
  public:
-  ToolbarView(ContentView& screen, std::set<ToolbarAction> offered);
+  ToolbarView(ContentView& screen, const std::set<ToolbarAction>& offered);
 
  private:
   // The widgets of one item, in the place that it keeps.
