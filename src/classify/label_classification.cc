@@ -211,6 +211,7 @@ LabelClassification LabelClassification::classify(const MessageList& messages) {
     second.join();
   }
   std::vector<LabelTally::Repeated> repeated;
+  repeated.reserve(places.size());
   for (const auto place : places) {
     repeated.push_back({messages[place]->id, labels[place]});
   }
