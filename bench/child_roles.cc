@@ -62,14 +62,14 @@ class StallWatch {
 };
 
 struct Screen {
-  Screen() {
+  explicit Screen(bool hasStoredTokens = true) {
     const std::vector<std::string> arguments = {"tidewrack-bench"};
     view = std::make_unique<ContentView>(ContentViewServices{
         .executor = executor,
         .settings = settings,
         .container = makeSharedModelContainer({.arguments = arguments, .settings = settings}),
         .arguments = arguments,
-        .tokenStore = &tokens});
+        .tokenStore = hasStoredTokens ? &tokens : nullptr});
   }
   void run(Task<> flow) {
     executor.runUntil([&] { return flow.done(); });
@@ -212,8 +212,8 @@ int insertRole(const fs::path& archive, const fs::path& folder, const std::strin
 }
 
 /// From the start of the process to the list on the screen; the parent knows when it began.
-int startRole() {
-  Screen screen;
+int startRole(bool hasStoredTokens) {
+  Screen screen(hasStoredTokens);
   auto& view = *screen.view;
   screen.run(view.startup());
   screen.run(view.whenDerivedStateIsCurrent());
@@ -250,7 +250,7 @@ int runChildRole(const std::vector<std::string>& arguments) {
     return insertRole(arguments.at(1), arguments.at(2), arguments.at(3));
   }
   if (role == "role:start") {
-    return startRole();
+    return startRole(arguments.size() < 2);
   }
   if (role == "role:list") {
     return listRole();
