@@ -13,7 +13,8 @@ constexpr int padding = 24;
 
 }  // namespace
 
-ConfirmationView::ConfirmationView(std::function<void()> onConfirm, std::function<void()> onCancel)
+ConfirmationView::ConfirmationView(const std::function<void()>& onConfirm,
+                                   const std::function<void()>& onCancel)
     : Gtk::Box(Gtk::Orientation::VERTICAL, 14) {
   set_margin(padding);
   set_size_request(ConfirmationMetrics::minimumWidth, -1);
@@ -34,8 +35,8 @@ ConfirmationView::ConfirmationView(std::function<void()> onConfirm, std::functio
   auto* buttons = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 12);
   buttons->set_homogeneous(true);
   buttons->set_margin_top(8);
-  cancel_.signal_clicked().connect(std::move(onCancel));
-  confirm_.signal_clicked().connect(std::move(onConfirm));
+  cancel_.signal_clicked().connect(onCancel);
+  confirm_.signal_clicked().connect(onConfirm);
   setIdentifier(cancel_, "confirmation.cancel");
   setIdentifier(confirm_, "confirmation.confirm");
   for (Gtk::Button* button : {&cancel_, &confirm_}) {

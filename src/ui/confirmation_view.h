@@ -11,7 +11,7 @@ namespace tidewrack::ui {
 /// A question with two answers: icon, title, message, and a button to cancel beside the one that confirms.
 class ConfirmationView : public Gtk::Box {
  public:
-  ConfirmationView(std::function<void()> onConfirm, std::function<void()> onCancel);
+  ConfirmationView(const std::function<void()>& onConfirm, const std::function<void()>& onCancel);
 
   void show(const Confirmation& confirmation);
   void focusConfirmButton() { confirm_.grab_focus(); }
