@@ -26,6 +26,7 @@ std::string utf8(const UnicodeString& text) {
 
 std::vector<std::string> utf8(const UnicodeString* texts, int count) {
   std::vector<std::string> result;
+  result.reserve(static_cast<size_t>(count));
   for (int index = 0; index < count; ++index) {
     result.push_back(utf8(texts[index]));
   }
