@@ -33,7 +33,7 @@ icu::UnicodeString localeDigits() {
 }  // namespace
 
 std::string formatCount(std::int64_t number) {
-  const std::string ascii = std::to_string(number);
+  std::string ascii = std::to_string(number);
   const icu::UnicodeString digits = localeDigits();
   if (digits.countChar32() != 10) {
     return ascii;
