@@ -211,7 +211,7 @@ void FullTextSearchIndex::load(const std::vector<SearchTokenEntry>& entries) {
     if (previous == nullptr || previous->messageID != entry->messageID) {
       builder.beginMessage(entry->messageID);
     }
-    builder.addToken(entry->token);
+    builder.addToken(entry->token);  // Its bytes stay in the entries.
     previous = entry;
   }
   *this = ofSegment(builder.finish());

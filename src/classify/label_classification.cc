@@ -7,6 +7,8 @@
 #include <unordered_set>
 #include <utility>
 
+#include "platform/huge_pages.h"
+
 namespace tidewrack {
 namespace {
 
@@ -43,46 +45,59 @@ class RoughSet {
     words_[(hash & mask_) / 64] |= bit(hash);
     return wasThere;
   }
+  void prefetch(std::size_t hash) const { __builtin_prefetch(&words_[(hash & mask_) / 64], 1); }
 
  private:
   [[nodiscard]] std::uint64_t word(std::size_t hash) const { return words_[(hash & mask_) / 64]; }
   static std::uint64_t bit(std::size_t hash) { return std::uint64_t{1} << (hash % 64); }
 
   std::size_t mask_;
-  std::vector<std::uint64_t> words_;
+  HugePageVector<std::uint64_t> words_;
 };
 
-// Where the messages stand whose id is not theirs alone. As a rule there is none, and 64 bits a message tell
+// Where the messages stand whose id is not theirs alone. As a rule there is none, and 32 bits a message tell
 // nearly all hashes of ids apart.
 std::vector<std::size_t> repeatedPlaces(const MessageList& messages) {
-  RoughSet all(messages.size() * 64 + 64);
   std::vector<std::size_t> hashes;
   hashes.reserve(messages.size());
-  std::vector<std::size_t> late;  // Hashes that found their place taken.
   forEachAhead(
       messages, [](const EmailMessage& message) -> const Text& { return message.id; },
       [](const Text& id) { return id.view().data(); },
-      [&](const Text& id) {
-        hashes.push_back(std::hash<Text>()(id));
-        if (all.insert(hashes.back())) {
-          late.push_back(hashes.back());
-        }
-      });
+      [&](const Text& id) { hashes.push_back(std::hash<Text>()(id)); });
+  RoughSet all(messages.size() * 32 + 64);
+  std::vector<std::size_t> late;  // Hashes that found their place taken.
+  constexpr std::size_t stepsToPlace = 16;
+  for (std::size_t i = 0; i < hashes.size(); ++i) {
+    if (i + stepsToPlace < hashes.size()) {
+      all.prefetch(hashes[i + stepsToPlace]);
+    }
+    if (all.insert(hashes[i])) {
+      late.push_back(hashes[i]);
+    }
+  }
   // For each late hash there is at least one earlier in its place, with the same hash or another.
   RoughSet doubtful(late.size() * 64 + 64);
   for (const auto hash : late) {
     doubtful.insert(hash);
   }
-  std::unordered_map<std::size_t, std::vector<std::size_t>> placesOf;
+  struct Candidate {
+    std::size_t hash;
+    std::size_t place;
+  };
+  std::vector<Candidate> candidates;
+  candidates.reserve(late.size() * 4);
   for (std::size_t i = 0; i < hashes.size(); ++i) {
     if (doubtful.contains(hashes[i])) {
-      placesOf[hashes[i]].push_back(i);
+      candidates.push_back({hashes[i], i});
     }
   }
+  std::ranges::sort(candidates, {}, &Candidate::hash);
   std::vector<std::size_t> repeated;
-  for (const auto& [hash, places] : placesOf) {
-    if (places.size() > 1) {
-      repeated.insert(repeated.end(), places.begin(), places.end());
+  for (std::size_t i = 0; i < candidates.size(); ++i) {
+    const auto hash = candidates[i].hash;
+    if ((i > 0 && candidates[i - 1].hash == hash) ||
+        (i + 1 < candidates.size() && candidates[i + 1].hash == hash)) {
+      repeated.push_back(candidates[i].place);
     }
   }
   return repeated;

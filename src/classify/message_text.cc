@@ -17,7 +17,9 @@ void forEachSearchableText(const EmailMessage& message, const std::function<void
     visit(message.plainBody->bytes());
   }
   if (message.htmlBody) {
-    visit(HTMLTextExtractor::extractText(message.htmlBody->bytes()));
+    std::string html = message.htmlBody->bytes();
+    HTMLTextExtractor::blankMarkup(html);
+    visit(html);
   }
   visitAddress(message.from);
   for (const auto& address : message.to) {

@@ -7,9 +7,10 @@
 
 namespace tidewrack {
 
-/// Hands over the texts of a message that the search covers, in order: subject, snippet, plain body, visible
-/// text of the HTML body, sender, recipients, copies, labels. Between any two stands at least a blank, so
-/// that no word spans them. Bodies are read now; a stored body that cannot be read throws StoreFailure.
+/// Hands over the texts of a message that the search covers, in order: subject, snippet, plain body, the HTML
+/// body with blanks for its markup, sender, recipients, copies, labels. Between any two stands at least a
+/// blank, so that no word spans them. Bodies are read now; a stored body that cannot be read throws
+/// StoreFailure.
 void forEachSearchableText(const EmailMessage& message, const std::function<void(std::string_view)>& visit);
 
 /// Whether two messages are found by the same words for certain. Texts and bodies are shared between the

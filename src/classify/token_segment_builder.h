@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -8,7 +9,9 @@
 #include <vector>
 
 #include "classify/token_hash.h"
+#include "classify/token_numbers.h"
 #include "classify/token_segment.h"
+#include "platform/huge_pages.h"
 
 namespace tidewrack {
 
@@ -19,81 +22,72 @@ class TokenSegmentBuilder {
 
   /// Opens the next message; its tokens follow.
   void beginMessage(const Text& id);
-  /// A token of the open message, not empty; one seen before in it is ignored.
-  void addToken(std::string_view token);
-  /// Puts everything that `next` has collected behind this builder's messages; `next` is spent.
-  void append(TokenSegmentBuilder& next);
+  /// A token of the open message, not empty; one seen before in it is ignored. Its bytes stay until `settle`.
+  void addToken(std::string_view token) { wait(token, endsOf(token)); }
+  /// The same for a token of which eight bytes can be read, whatever its size.
+  void addRoomyToken(std::string_view token) { wait(token, endsOfRoomy(token)); }
+  /// Takes the tokens in that were added. They wait so that the memory of several is asked for at once.
+  void settle();
   /// The segment; the builder is spent.
   [[nodiscard]] std::shared_ptr<const TokenSegment> finish();
+  /// The segment with everything that `behind` has collected, its messages behind those of this builder. Both
+  /// are spent.
+  [[nodiscard]] std::shared_ptr<const TokenSegment> finishWith(TokenSegmentBuilder& behind);
 
  private:
   /// One place of the hash table. What decides about most tokens lies here, so that a token which the message
   /// has had already costs one look into memory.
   struct Slot {
-    std::uint64_t beginning = 0;  // The first bytes of the token, all of them up to eight,
-    std::uint64_t ending = 0;     // and the last eight of a longer one.
-    std::uint32_t size = 0;       // Of the token; 0 in an empty place.
+    TokenEnds ends{};
+    std::uint32_t size = 0;  // Of the token; 0 in an empty place.
     std::uint32_t hash = 0;
-    std::uint32_t entry = 0;  // In entries_.
+    std::uint32_t entry = 0;  // The number of the token, in the order in which tokens come.
     std::uint32_t seen = 0;   // Number of the last message that holds the token.
   };
-  struct Entry {
-    std::size_t token = 0;   // Where its bytes begin in tokenBytes_,
-    std::uint32_t size = 0;  // and their number.
-    std::uint32_t first = 0;
-    std::uint32_t last = 0;
-    std::string rest;  // The numbers behind the first, as differences.
-  };
   struct Key {
-    std::uint64_t beginning;
-    std::uint64_t ending;
+    TokenEnds ends;
     std::uint32_t hash;
   };
+  struct Waiting {
+    Key key;
+    std::uint32_t size;
+    const char* token;
+  };
 
-  [[nodiscard]] Key keyOf(std::string_view token) const {
-    const auto beginning = beginningOf(token);
-    const auto ending =
-        token.size() > hashWord ? loadBytes(token.data() + token.size() - hashWord, hashWord) : 0;
-    return {beginning, ending, hashOf(token, beginning, seed_)};
+  [[nodiscard]] Key keyOf(std::string_view token, TokenEnds ends) const {
+    return {ends, hashOf(token, ends, seed_)};
   }
-  [[nodiscard]] std::string_view tokenOf(const Entry& entry) const {
-    return std::string_view(tokenBytes_).substr(entry.token, entry.size);
+  void wait(std::string_view token, TokenEnds ends);
+  [[nodiscard]] std::string_view tokenOf(std::size_t entry) const {
+    const std::size_t begin = entry == 0 ? 0 : tokenEnds_[entry - 1];
+    return std::string_view(tokenBytes_).substr(begin, tokenEnds_[entry] - begin);
   }
   /// The place of the token, or the empty one where it belongs.
-  [[nodiscard]] Slot& slotFor(std::string_view token, Key key);
-  Entry& insert(Slot& slot, std::string_view token, Key key, std::uint32_t number);
-  void addNumber(Entry& entry, std::uint32_t number);
+  [[nodiscard]] Slot& slotFor(std::string_view token, const Key& key);
+  void insert(Slot& slot, std::string_view token, const Key& key, std::uint32_t number);
+  /// The entries in the order of their tokens.
+  [[nodiscard]] std::vector<std::uint32_t> sortedEntries() const;
   void grow();
 
+  static constexpr std::size_t mostWaiting = 32;
+
   std::uint64_t seed_;  // Nobody can make mail whose words all meet in one place of the table.
-  std::vector<Slot> slots_;
-  std::vector<Entry> entries_;
+  HugePageVector<Slot> slots_;
   std::string tokenBytes_;
+  std::vector<std::size_t> tokenEnds_;
+  TokenNumbers numbers_;  // A list for each entry.
   std::vector<Text> messageIDs_;
   std::uint64_t pairCount_ = 0;
+  std::array<Waiting, mostWaiting> waiting_;
+  std::size_t waitingCount_ = 0;
 };
 
-inline TokenSegmentBuilder::Slot& TokenSegmentBuilder::slotFor(std::string_view token, Key key) {
-  const auto mask = slots_.size() - 1;
-  for (std::size_t place = key.hash & mask;; place = (place + 1) & mask) {
-    Slot& slot = slots_[place];
-    if (slot.size == 0 || (slot.hash == key.hash && slot.size == token.size() &&
-                           slot.beginning == key.beginning && slot.ending == key.ending &&
-                           (token.size() <= 2 * hashWord || tokenOf(entries_[slot.entry]) == token))) {
-      return slot;
-    }
-  }
-}
-
-inline void TokenSegmentBuilder::addToken(std::string_view token) {
-  const auto number = static_cast<std::uint32_t>(messageIDs_.size() - 1);
-  const Key key = keyOf(token);
-  Slot& slot = slotFor(token, key);
-  if (slot.size == 0) {
-    insert(slot, token, key, number);
-  } else if (slot.seen != number) {
-    slot.seen = number;
-    addNumber(entries_[slot.entry], number);
+inline void TokenSegmentBuilder::wait(std::string_view token, TokenEnds ends) {
+  const Key key = keyOf(token, ends);
+  __builtin_prefetch(&slots_[key.hash & (slots_.size() - 1)], 1);
+  waiting_[waitingCount_] = {key, static_cast<std::uint32_t>(token.size()), token.data()};
+  if (++waitingCount_ == mostWaiting) {
+    settle();
   }
 }
 

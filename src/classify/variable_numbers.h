@@ -23,7 +23,7 @@ inline char* writeNumber(char* place, std::uint32_t number) noexcept {
 
 inline void appendNumber(std::string& bytes, std::uint32_t number) {
   char place[longestNumber];
-  bytes.append(place, writeNumber(place, number));
+  bytes.append(place, static_cast<std::size_t>(writeNumber(place, number) - place));
 }
 
 /// Reads the number at `position`, which then stands behind it. The bytes come from appendNumber.

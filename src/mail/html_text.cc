@@ -205,6 +205,27 @@ std::string HTMLTextExtractor::extractText(std::string_view html) {
   return extractBeginning(html, std::numeric_limits<std::size_t>::max()).text;
 }
 
+void HTMLTextExtractor::blankMarkup(std::string& html) {
+  MarkupFinder markup(html);
+  char* position = html.data();
+  char* const end = position + html.size();
+  const auto find = [](char* from, char* to, char byte) {
+    auto* found = static_cast<char*>(std::memchr(from, byte, static_cast<std::size_t>(to - from)));
+    return found == nullptr ? to : found;
+  };
+  // What lies ahead is as it was, and the finder looks nowhere else.
+  while (position != end) {
+    char* const angle = find(position, end, '<');
+    for (char* at = find(position, angle, '&'); at != angle; at = find(at, angle, '&')) {
+      const auto length = entityAt({at, static_cast<std::size_t>(end - at)}).length;
+      at = std::fill_n(at, length, ' ');
+    }
+    const char* const behind = angle == end ? nullptr : markup.markupEnd(angle);
+    position = behind == nullptr ? angle + (angle != end ? 1 : 0) : html.data() + (behind - html.data());
+    std::fill(angle, position, ' ');
+  }
+}
+
 HTMLTextExtractor::Beginning HTMLTextExtractor::extractBeginning(std::string_view html, std::size_t size) {
   MarkupFinder markup(html);
   LineWriter line(std::min(html.size(), size) / 2);

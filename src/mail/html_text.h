@@ -18,6 +18,10 @@ class HTMLTextExtractor {
 
   static std::string extractText(std::string_view html);
 
+  /// Writes blanks over everything that extractText replaces, and over the entities that it resolves: the
+  /// words that are left are those of the text, without the cost of making it.
+  static void blankMarkup(std::string& html);
+
   /// A beginning of the text, for previews.
   struct Beginning {
     std::string text;

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <random>
+#include <set>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/alphanumerics.h"
 #include "platform/unicode.h"
+#include "platform/utf8.h"
 
 namespace tidewrack {
 namespace {
@@ -63,6 +65,21 @@ std::vector<std::string> plainTokens(std::string_view text) {
     }
   }
   return tokens;
+}
+
+TEST(Tokenize, TreatsEveryCharacterAsThePlainRulesDo) {
+  for (char32_t character = 0x80; character < 0x20000; ++character) {
+    if (character >= 0xD800 && character < 0xE000) {
+      continue;
+    }
+    std::string text;
+    appendCharacter(text, character);
+    const auto one = text;
+    // Between letters, alone, twice, with a mark, behind a letter that takes marks and one that does not.
+    text = "ab" + one + "cd " + one + " " + one + one + " " + one + "\u0301" + one + " \u00E9" + one +
+           " \u0628" + one + " 1" + one + "." + one;
+    ASSERT_EQ(FullTextSearchIndex::tokenize(text), plainTokens(text)) << std::hex << std::uint32_t{character};
+  }
 }
 
 TEST(Tokenize, EqualsThePlainRulesForAnyText) {
@@ -177,6 +194,32 @@ TEST(FullTextSearchIndex, TheVisibleTextOfHTMLIsFoundAndItsMarkupIsNot) {
   EXPECT_THAT(index.matchingMessageIDs("grusse"), IsEmpty());
   EXPECT_THAT(index.matchingMessageIDs("wien"), UnorderedElementsAre(Text("1")));
   EXPECT_THAT(index.matchingMessageIDs("wide"), IsEmpty());
+}
+
+TEST(FullTextSearchIndex, HoldsExactlyTheWordsOfEachOfManyMessages) {
+  std::mt19937 random(3);
+  std::set<std::pair<std::string, std::string>> expected;
+  MessageList messages;
+  constexpr int count = 9000;
+  for (int i = 0; i < count; ++i) {
+    const auto id = std::to_string(i);
+    // Words of nearly all messages, of many and of one, with great and small distances.
+    std::string body = i % 97 == 0 ? "" : "common ";
+    body += "word" + std::to_string(random() % 50) + " word" + std::to_string(random() % 50);
+    body += i % 3000 == 1 ? " distant" : "";
+    body += " own" + id + " averyveryverylongwordof" + std::to_string(random() % 4);
+    messages.push_back(message(id.c_str(), body.c_str()));
+    for (const auto& token : plainTokens(body + " ana@example.org")) {
+      expected.emplace(token, id);
+    }
+  }
+  const auto index = indexOf(messages);
+  std::set<std::pair<std::string, std::string>> found;
+  for (const auto& entry : index.entries()) {
+    EXPECT_TRUE(found.emplace(entry.token.string(), entry.messageID.string()).second);
+  }
+  EXPECT_EQ(found, expected);
+  EXPECT_EQ(index.pairCount(), expected.size());
 }
 
 TEST(FullTextSearchIndex, EntriesLoadBackToTheSameIndex) {
