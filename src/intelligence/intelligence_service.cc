@@ -1,6 +1,7 @@
 #include "intelligence/intelligence_service.h"
 
 #include "platform/alphanumerics.h"
+#include "platform/localized.h"
 #include "platform/unicode.h"
 
 namespace tidewrack {
@@ -81,6 +82,18 @@ EmailCategory parseEmailCategory(std::string_view response) {
     }
   }
   return EmailCategory::other;
+}
+
+std::string title(IntelligenceService::Sentiment sentiment) {
+  switch (sentiment) {
+    case IntelligenceService::Sentiment::positive:
+      return localized("sentiment_positive", "Positive", "Sentiment value: positive");
+    case IntelligenceService::Sentiment::neutral:
+      return localized("sentiment_neutral", "Neutral", "Sentiment value: neutral");
+    case IntelligenceService::Sentiment::negative:
+      return localized("sentiment_negative", "Negative", "Sentiment value: negative");
+  }
+  return {};
 }
 
 IntelligenceService::Availability UnavailableIntelligenceService::checkAvailability() const {

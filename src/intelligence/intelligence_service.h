@@ -76,6 +76,9 @@ std::optional<IntelligenceService::EmailCategory> emailCategoryFromRawValue(std:
 /// name stands anywhere in them, or else `other`.
 IntelligenceService::EmailCategory parseEmailCategory(std::string_view response);
 
+/// "Positive" and so on, in the language of the interface.
+std::string title(IntelligenceService::Sentiment sentiment);
+
 /// Stands where no model is installed: reports it as unavailable, and every operation throws.
 class UnavailableIntelligenceService : public IntelligenceService {
  public:

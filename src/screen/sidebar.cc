@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "platform/localized.h"
+#include "reading/intelligence_look.h"
 #include "screen/content_view.h"
 
 namespace tidewrack {
@@ -188,17 +189,15 @@ std::vector<SidebarSection> sidebarSections(const ContentView& screen) {
 }
 
 const std::vector<SmartCategory>& smartCategories() {
-  static const std::vector<SmartCategory> categories = {
-      {"Work", "briefcase.fill", "blue"},
-      {"Personal", "person.fill", "green"},
-      {"Finance", "dollarsign.circle.fill", "yellow"},
-      {"Shopping", "cart.fill", "orange"},
-      {"Travel", "airplane", "purple"},
-      {"Social", "bubble.left.and.bubble.right.fill", "pink"},
-      {"Newsletter", "envelope.fill", "cyan"},
-      {"Spam", "exclamationmark.octagon.fill", "red"},
-      {"Other", "folder.fill", "gray"},
-  };
+  static const std::vector<SmartCategory> categories = [] {
+    std::vector<SmartCategory> all;
+    all.reserve(allEmailCategories.size());
+    for (const auto category : allEmailCategories) {
+      const CategoryLook shown = look(category);
+      all.push_back({rawValue(category), shown.icon, shown.tint});
+    }
+    return all;
+  }();
   return categories;
 }
 

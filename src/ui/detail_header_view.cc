@@ -80,7 +80,7 @@ Gtk::Widget* makeBadge(const MessageBadge& badge) {
 }  // namespace
 
 DetailHeaderView::DetailHeaderView(MessageDetail& detail, Settings& settings)
-    : detail_(detail), avatar_(avatarSize, GravatarService::shared(), settings) {
+    : detail_(detail), avatar_(avatarSize, GravatarService::shared(), settings), intelligence_(detail) {
   set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
   set_propagate_natural_height(true);
   set_max_content_height(maximumHeight);
@@ -89,6 +89,7 @@ DetailHeaderView::DetailHeaderView(MessageDetail& detail, Settings& settings)
   makeTop();
   badges_.set_layout_manager(ChipFlowLayout::create(badgeSpacing, badgeSpacing));
   column_.append(badges_);
+  column_.append(intelligence_);
   makePickers();
   set_child(column_);
 

@@ -61,6 +61,7 @@ MessageDetailView::MessageDetailView(ContentView& screen, IntelligenceService& i
   subscriptions_.push_back(screen_.messages.observe([this] { showMessage(); }));
   subscriptions_.push_back(detail_.body.observe([this] { showBody(); }));
   subscriptions_.push_back(detail_.saveErrorMessage.observe([this] { showSaveError(); }));
+  subscriptions_.push_back(detail_.intelligenceError.observe([this] { showIntelligenceError(); }));
   showMessage();
 }
 
@@ -175,6 +176,13 @@ void MessageDetailView::showSaveError() {
         *this,
         localized("save_attachment_error_title", "Save Attachment Error", "Save attachment alert title"),
         *error, [this] { detail_.saveErrorMessage.set(std::nullopt); });
+  }
+}
+
+void MessageDetailView::showIntelligenceError() {
+  if (const auto& error = detail_.intelligenceError()) {
+    showAlert(*this, "Error de Apple Intelligence", *error,
+              [this] { detail_.intelligenceError.set(std::nullopt); });
   }
 }
 

@@ -46,6 +46,7 @@ class MessageDetailView : public Gtk::Box {
   void htmlUnavailable();
   void hideNotice();
   void showSaveError();
+  void showIntelligenceError();
 
   ContentView& screen_;
   MessageDetail detail_;

@@ -9,6 +9,7 @@
 #include "platform/files.h"
 #include "reading/avatar_server.h"
 #include "ui/avatar_view.h"
+#include "ui/file_dialog.h"
 #include "ui/main_menu.h"
 #include "ui/page_support.h"
 #include "ui/window_fixture.h"
@@ -23,19 +24,6 @@ std::string attachedMessage(const std::string& fileName) {
       "--b\nContent-Type: text/plain\n\nText\n--b\nContent-Type: application/pdf\nContent-Disposition: "
       "attachment; filename=\"" +
           fileName + "\"\nContent-Transfer-Encoding: base64\n\nJVBERg==\n--b--\n");
-}
-
-// The desktop's file dialog, where there is no portal; or null.
-GtkWidget* fileDialog() {
-  GListModel* windows = gtk_window_get_toplevels();
-  for (guint index = 0; index < g_list_model_get_n_items(windows); ++index) {
-    auto* window = static_cast<GtkWidget*>(g_list_model_get_item(windows, index));
-    g_object_unref(window);  // GTK keeps its windows.
-    if (GTK_IS_FILE_CHOOSER_DIALOG(window) && gtk_widget_get_visible(window) != FALSE) {
-      return window;
-    }
-  }
-  return nullptr;
 }
 
 std::string suggestedName() {

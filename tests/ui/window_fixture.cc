@@ -105,7 +105,7 @@ void WindowTest::open() {
                           .container = ModelContainer::open(folder_ / "default.store"),
                           .applicationFolder = folder_.path(),
                           .arguments = {"tidewrack"}});
-  window_ = std::make_unique<ui::MainWindow>(testApplication(), *screen_, intelligence_);
+  window_ = std::make_unique<ui::MainWindow>(testApplication(), *screen_, *service_);
   window_->present();
   screen_->startup();
   ASSERT_TRUE(runUntil([this] { return !screen_->isImporting(); }));

@@ -71,6 +71,7 @@ class WindowTest : public testing::Test {
   TemporaryFolder folder_;
   Settings settings_;
   UnavailableIntelligenceService intelligence_;
+  IntelligenceService* service_ = &intelligence_;  ///< The model of the windows that `open` makes.
   std::unique_ptr<ContentView> screen_;
   std::unique_ptr<MainLoopExecutor> executor_;  ///< Goes before the screen, which its flows use.
   std::unique_ptr<ui::MainWindow> window_;
