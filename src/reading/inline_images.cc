@@ -1,10 +1,12 @@
 #include "reading/inline_images.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <optional>
 #include <unordered_map>
 
+#include "platform/large_memory.h"
 #include "reading/base64_writer.h"
 #include "reading/html_document.h"
 
@@ -13,6 +15,7 @@ namespace {
 
 constexpr std::string_view scheme = "cid:";
 constexpr auto notFound = std::string_view::npos;
+constexpr std::size_t bytesOfPiece = 6144;  // A multiple of three, so that only the last piece has padding.
 
 std::size_t findPart(std::string_view text, std::string_view part, std::size_t from) {
   if (from >= text.size()) {
@@ -31,9 +34,15 @@ void appendURL(std::string& text, const InlineImage& image, std::string_view byt
   text += "data:";
   text += image.mimeType;
   text += ";base64,";
-  const auto begin = text.size();
-  text.resize(begin + base64Size(bytes.size()));
-  writeBase64(bytes, text.data() + begin);
+  // Piece by piece through the processor's cache: so the long text is written once, not filled with
+  // zeros before.
+  std::array<char, base64Size(bytesOfPiece)> piece{};
+  while (!bytes.empty()) {
+    const auto part = bytes.substr(0, bytesOfPiece);
+    writeBase64(part, piece.data());
+    text.append(piece.data(), base64Size(part.size()));
+    bytes.remove_prefix(part.size());
+  }
 }
 
 /// What may stand behind "cid:", in byte order, so that reading a reference narrows a range of the list.
@@ -148,6 +157,7 @@ std::optional<std::string> replaceMatches(std::string_view html, const std::vect
                                           const std::vector<InlineImage>& images, std::size_t size) {
   std::string result;
   result.reserve(size);
+  prepareLargeMemory(result.data(), size);
   std::unordered_map<std::size_t, std::pair<std::size_t, std::size_t>> written;  // image: begin and size
   std::size_t position = 0;
   for (const auto& match : matches) {
