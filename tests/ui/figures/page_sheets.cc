@@ -141,6 +141,7 @@ void drawSheet(Camera& camera, const std::vector<std::filesystem::path>& files, 
                   y);
       const auto picture = html.html ? camera.picture(html, modes[column]) : nullptr;
       if (!picture) {
+        drawCaption(context, "no HTML body", x, y + captionHeight);
         continue;
       }
       context->save();
