@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 #include "export/exporters.h"
 #include "platform/date_styles.h"
@@ -6,23 +8,54 @@
 namespace tidewrack {
 namespace {
 
-/// A field that holds a comma, a quote or a line feed goes between quotes, with its own quotes doubled.
-void appendField(std::string& line, std::string_view field) {
-  const auto needsQuotes = [](char character) {
-    return character == ',' || character == '"' || character == '\n';
-  };
-  if (std::none_of(field.begin(), field.end(), needsQuotes)) {
-    line += field;
+using Word = std::uint64_t;
+constexpr Word eachByte = 0x0101010101010101U;
+
+Word wordAt(const char* bytes) {
+  Word word = 0;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+// Not 0 where a byte of the word is the character.
+constexpr Word marks(Word word, char character) {
+  const Word different = word ^ (eachByte * static_cast<unsigned char>(character));
+  return (different - eachByte) & ~different & (eachByte << 7U);
+}
+
+bool needsQuotes(std::string_view field) {
+  const auto special = [](Word word) { return marks(word, ',') | marks(word, '"') | marks(word, '\n'); };
+  if (field.size() < sizeof(Word)) {
+    return field.find_first_of(",\"\n") != std::string_view::npos;
+  }
+  const char* last = field.data() + field.size() - sizeof(Word);
+  Word found = special(wordAt(last));
+  for (const char* word = field.data(); word < last; word += sizeof(Word)) {
+    found |= special(wordAt(word));
+  }
+  return found != 0;
+}
+
+/// What stands in the line from `start` on becomes a field: where it holds a comma, a quote or a line feed,
+/// it goes between quotes, with its own quotes doubled.
+void endField(std::string& line, std::size_t start) {
+  const std::string_view field = std::string_view(line).substr(start);
+  if (!needsQuotes(field)) {
     return;
   }
-  line += '"';
-  for (const char character : field) {
+  const std::size_t size = field.size();
+  line.resize(line.size() + 2 + static_cast<std::size_t>(std::count(field.begin(), field.end(), '"')));
+  // From the end, so that nothing is written over before it has been read.
+  char* out = line.data() + line.size();
+  *--out = '"';
+  for (std::size_t place = start + size; place > start; --place) {
+    const char character = line[place - 1];
+    *--out = character;
     if (character == '"') {
-      line += '"';
+      *--out = '"';
     }
-    line += character;
   }
-  line += '"';
+  *--out = '"';
 }
 
 class CSVWriter final : public FormatWriter {
@@ -33,26 +66,28 @@ class CSVWriter final : public FormatWriter {
 
   void write(const EmailMessage& message, std::size_t /*place*/, TextOutput& output) const override {
     std::string& line = output.text;
-    std::string field;
-    const auto add = [&line](std::string_view value) {
-      appendField(line, value);
+    const auto add = [&line](const auto& append) {
+      const std::size_t start = line.size();
+      append();
+      endField(line, start);
       line += ',';
     };
-    const auto addJoined = [&](const auto& list, const auto& textOf) {
-      field.clear();
-      appendJoined(field, list, "; ", textOf);
-      add(field);
-    };
-    add(message.id);
-    add(message.subject);
-    add(displayForm(message.from));
-    addJoined(message.to, displayForm);
-    addJoined(message.cc, displayForm);
-    add(message.date ? dateStyle_.format(*message.date) : std::string());
-    addJoined(message.labels, viewOf);
+    add([&] { line += message.id.view(); });
+    add([&] { line += message.subject.view(); });
+    add([&] { appendDisplayForm(line, message.from); });
+    add([&] { appendDisplayForms(line, message.to, "; "); });
+    add([&] { appendDisplayForms(line, message.cc, "; "); });
+    add([&] {
+      if (message.date) {
+        dateStyle_.append(line, *message.date);
+      }
+    });
+    add([&] { appendJoined(line, message.labels, "; "); });
     line += std::to_string(message.attachments.size());
     line += ',';
-    appendField(line, message.sourceLibraryName);
+    const std::size_t start = line.size();
+    line += message.sourceLibraryName.view();
+    endField(line, start);
     line += '\n';
     output.mayGo();
   }

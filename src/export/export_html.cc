@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 
 #include "export/exporters.h"
@@ -87,36 +88,43 @@ constexpr std::string_view documentHead = R"html(<!DOCTYPE html>
     <h1>📧 Mensajes Exportados</h1>
     <p class="summary">Total de mensajes: )html";
 
+// For each byte: what stands in its place, nothing where it stands for itself.
+constexpr std::array<std::string_view, 256> makeEscapes() {
+  std::array<std::string_view, 256> escapes{};
+  escapes['&'] = "&amp;";
+  escapes['<'] = "&lt;";
+  escapes['>'] = "&gt;";
+  escapes['"'] = "&quot;";
+  escapes['\''] = "&#39;";
+  return escapes;
+}
+constexpr auto escapes = makeEscapes();
+
+std::string_view escapeOf(char character) {
+  return escapes[static_cast<unsigned char>(character)];
+}
+
 void appendEscaped(std::string& html, std::string_view text) {
-  for (const char character : text) {
-    switch (character) {
-      case '&':
-        html += "&amp;";
-        break;
-      case '<':
-        html += "&lt;";
-        break;
-      case '>':
-        html += "&gt;";
-        break;
-      case '"':
-        html += "&quot;";
-        break;
-      case '\'':
-        html += "&#39;";
-        break;
-      default:
-        html += character;
+  while (!text.empty()) {
+    const auto* special =
+        std::find_if(text.begin(), text.end(), [](char character) { return !escapeOf(character).empty(); });
+    const auto plain = static_cast<std::size_t>(special - text.begin());
+    html += text.substr(0, plain);
+    text.remove_prefix(plain);
+    if (!text.empty()) {
+      html += escapeOf(text.front());
+      text.remove_prefix(1);
     }
   }
 }
 
-void appendBody(std::string& html, const EmailMessage& message) {
+void appendBody(TextOutput& output, const EmailMessage& message) {
+  std::string& html = output.text;
   if (message.htmlBody) {
-    html += message.htmlBody->bytes();
+    message.htmlBody->appendTo(html);
   } else if (message.plainBody) {
     html += "<pre>";
-    appendEscaped(html, message.plainBody->bytes());
+    appendEscaped(html, output.bytesOf(*message.plainBody));
     html += "</pre>";
   } else {
     html += "<p>";
@@ -125,7 +133,8 @@ void appendBody(std::string& html, const EmailMessage& message) {
   }
 }
 
-void appendMessage(std::string& html, const EmailMessage& message, const DateStyle& dateStyle) {
+void appendMessage(TextOutput& output, const EmailMessage& message, const DateStyle& dateStyle) {
+  std::string& html = output.text;
   html += "<div class=\"message\">\n    <div class=\"message-header\">\n        <div class=\"subject\">";
   appendEscaped(html, message.subject);
   html += "</div>\n        <div class=\"metadata\">\n            <div><strong>De:</strong> ";
@@ -154,7 +163,7 @@ void appendMessage(std::string& html, const EmailMessage& message, const DateSty
     html += "    </div>";
   }
   html += "    </div>\n    <div class=\"body\">";
-  appendBody(html, message);
+  appendBody(output, message);
   html += "    </div>";
   if (!message.attachments.empty()) {
     html += "<div class=\"attachments\">\n    <strong>📎 Adjuntos (" +
@@ -178,7 +187,7 @@ class HTMLWriter final : public FormatWriter {
   }
   [[nodiscard]] std::string tail() const override { return "</body>\n</html>"; }
   void write(const EmailMessage& message, std::size_t /*place*/, TextOutput& output) const override {
-    appendMessage(output.text, message, dateStyle_);
+    appendMessage(output, message, dateStyle_);
     output.mayGo();
   }
   [[nodiscard]] std::uint64_t weight(const EmailMessage& message) const override {

@@ -37,7 +37,7 @@ void write(JSONWriter& json, const EmailAttachment& attachment) {
     write(json, *attachment.contentID);
   }
   json.key("data");
-  json.base64(attachment.data.bytes());
+  json.base64(json.output().bytesOf(attachment.data));
   json.key("fileName");
   write(json, attachment.fileName);
   json.key("id");
@@ -70,7 +70,7 @@ void writeOptional(JSONWriter& json, std::string_view key, const std::optional<T
 void writeOptional(JSONWriter& json, std::string_view key, const std::optional<Content>& body) {
   if (body) {
     json.key(key);
-    writeText(json, body->bytes());
+    writeText(json, json.output().bytesOf(*body));
   }
 }
 

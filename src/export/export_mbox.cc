@@ -14,24 +14,33 @@ std::size_t lineEnd(std::string_view body) {
   return end;
 }
 
-/// The lines of a body without its empty ones; a line that would end the message is quoted.
+/// The lines of a body without its empty ones; a line that would end the message is quoted. Lines that go out
+/// as they stand go together.
 void appendBody(std::string& text, std::string_view body) {
-  bool isFirst = true;
-  while (!body.empty()) {
-    const auto end = lineEnd(body);
-    const auto line = body.substr(0, end);
-    body.remove_prefix(end == std::string_view::npos ? body.size() : end + 1);
-    if (line.empty()) {
-      continue;
+  const std::size_t before = text.size();
+  const auto append = [&](std::string_view lines, bool isQuoted) {
+    if (!lines.empty()) {
+      text += text.size() == before ? "" : "\n";
+      text += isQuoted ? ">" : "";
+      text += lines;
     }
-    if (!isFirst) {
-      text += '\n';
+  };
+  std::size_t run = 0;  // Where the lines begin that are not in the text yet.
+  bool isQuoted = false;
+  for (std::size_t start = 0; start < body.size();) {
+    const auto rest = body.substr(start);
+    const bool needsQuote = rest.starts_with("From ");
+    if (needsQuote || rest.front() == '\n') {
+      append(body.substr(run, start == run ? 0 : start - 1 - run), isQuoted);
+      run = start + (needsQuote ? 0 : 1);
+      isQuoted = needsQuote;
     }
-    isFirst = false;
-    if (line.starts_with("From ")) {
-      text += '>';
-    }
-    text += line;
+    const auto end = lineEnd(rest);
+    start = end == std::string_view::npos ? body.size() : start + end + 1;
+  }
+  if (body.size() > run) {
+    append(body.substr(run, body.size() - run - (body.back() == '\n' && !body.ends_with("\r\n") ? 1 : 0)),
+           isQuoted);
   }
 }
 
@@ -44,24 +53,31 @@ class MBOXWriter final : public FormatWriter {
     std::string& text = output.text;
     text += "From ";
     text += message.from.address.view();
-    text += " " + separatorStyle_.format(date) + "\nFrom: " + displayForm(message.from);
-    text += "\nTo: " + displayForms(message.to) + "\n";
+    text += ' ';
+    separatorStyle_.append(text, date);
+    text += "\nFrom: ";
+    appendDisplayForm(text, message.from);
+    text += "\nTo: ";
+    appendDisplayForms(text, message.to);
     if (!message.cc.empty()) {
-      text += "Cc: " + displayForms(message.cc) + "\n";
+      text += "\nCc: ";
+      appendDisplayForms(text, message.cc);
     }
-    text += "Subject: ";
+    text += "\nSubject: ";
     text += message.subject.view();
-    text += "\nDate: " + headerStyle_.format(date) + "\nMessage-ID: <";
+    text += "\nDate: ";
+    headerStyle_.append(text, date);
+    text += "\nMessage-ID: <";
     text += message.id.view();
     text += ">\n";
     if (!message.labels.empty()) {
       text += "X-Gmail-Labels: ";
-      appendJoined(text, message.labels, ",", viewOf);
+      appendJoined(text, message.labels, ",");
       text += "\n";
     }
     text += "\n";
     if (message.plainBody) {
-      appendBody(text, message.plainBody->bytes());
+      appendBody(text, output.bytesOf(*message.plainBody));
     } else {
       text += message.snippet.view();
     }

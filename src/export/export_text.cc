@@ -11,25 +11,33 @@ class TextWriter final : public FormatWriter {
   void write(const EmailMessage& message, std::size_t place, TextOutput& output) const override {
     std::string& text = output.text;
     text += rule_;
-    text += "\nMensaje " + std::to_string(place + 1) + " de " + count_ + "\n" + rule_;
+    text += "\nMensaje ";
+    text += std::to_string(place + 1);
+    text += " de ";
+    text += count_;
+    text += '\n';
+    text += rule_;
     text += "\n\nAsunto: ";
     text += message.subject.view();
-    text += "\nDe: " + displayForm(message.from);
-    text += "\nPara: " + displayForms(message.to) + "\n";
+    text += "\nDe: ";
+    appendDisplayForm(text, message.from);
+    text += "\nPara: ";
+    appendDisplayForms(text, message.to);
     if (!message.cc.empty()) {
-      text += "CC: " + displayForms(message.cc) + "\n";
+      text += "\nCC: ";
+      appendDisplayForms(text, message.cc);
     }
     if (message.date) {
-      text += "Fecha: " + dateStyle_.format(*message.date) + "\n";
+      text += "\nFecha: ";
+      dateStyle_.append(text, *message.date);
     }
     if (!message.labels.empty()) {
-      text += "Etiquetas: ";
-      appendJoined(text, message.labels, ", ", viewOf);
-      text += "\n";
+      text += "\nEtiquetas: ";
+      appendJoined(text, message.labels, ", ");
     }
-    text += "\n";
+    text += "\n\n";
     if (message.plainBody) {
-      text += message.plainBody->bytes();
+      message.plainBody->appendTo(text);
     } else {
       text += message.snippet.view();
     }

@@ -2,6 +2,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "export/export_utility.h"
 #include "export/text_output.h"
@@ -23,7 +26,7 @@ class FormatWriter {
   [[nodiscard]] virtual std::string tail() const { return {}; }
   /// Appends the message at a place of the list, which counts from 0.
   virtual void write(const EmailMessage& message, std::size_t place, TextOutput& output) const = 0;
-  /// Bytes that have to be read to write the message, roughly.
+  /// Bytes that have to be read to write the message, roughly. Needs no reading itself.
   [[nodiscard]] virtual std::uint64_t weight(const EmailMessage& message) const = 0;
 };
 
@@ -40,20 +43,15 @@ inline std::uint64_t weightOf(const std::optional<Content>& body) {
 }
 
 /// The texts with a separator between any two.
-template <typename List, typename TextOf>
-void appendJoined(std::string& text, const List& list, std::string_view separator, TextOf textOf) {
+inline void appendJoined(std::string& text, const std::vector<Text>& list, std::string_view separator) {
   bool isFirst = true;
   for (const auto& element : list) {
     if (!isFirst) {
       text += separator;
     }
     isFirst = false;
-    text += textOf(element);
+    text += element.view();
   }
-}
-
-inline std::string_view viewOf(const Text& text) {
-  return text.view();
 }
 
 }  // namespace tidewrack

@@ -103,7 +103,7 @@ void JSONWriter::string(std::string_view value) {
 void JSONWriter::base64(std::string_view bytes) {
   text_ += '"';
   for (std::size_t start = 0; start < bytes.size(); start += base64Piece) {
-    text_ += encodeBase64(bytes.substr(start, base64Piece));
+    appendBase64(text_, bytes.substr(start, base64Piece));
     output_.mayGo();
   }
   text_ += '"';

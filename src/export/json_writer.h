@@ -14,6 +14,8 @@ class JSONWriter {
   /// Begins within `level` brackets. The output outlives the writer.
   JSONWriter(TextOutput& output, std::size_t level) : output_(output), text_(output.text), level_(level) {}
 
+  [[nodiscard]] TextOutput& output() { return output_; }
+
   void beginObject() { begin('{'); }
   void endObject() { end('}'); }
   void beginList() { begin('['); }

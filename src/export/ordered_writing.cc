@@ -13,27 +13,31 @@
 namespace tidewrack {
 namespace {
 
-// Messages of one stretch: enough to make the hand-over cheap, few enough to keep every processor busy.
-constexpr std::size_t stretchSize = 64;
+// A stretch of the list has so many messages, or fewer when they come to so much text: enough to make the
+// hand-over cheap and to be written at once, few enough to keep every processor busy.
+constexpr std::size_t mostMessages = 512;
+constexpr std::uint64_t enoughText = std::uint64_t{384} << 10U;
+// A message beyond this is a stretch of its own.
+constexpr std::uint64_t largeMessage = std::uint64_t{2} << 20U;
 // Stretches that are ready or under way at a time.
 constexpr std::size_t mostAhead = 8;
-// A stretch ends before its time when its text or the next message is larger than this.
-constexpr std::size_t largeText = std::size_t{2} << 20U;
 constexpr unsigned mostThreads = 4;
+// Messages between the one that is written and the one that is asked for.
+constexpr std::size_t lookAhead = 4;
 
 class Pipeline {
  public:
   using MakeWriter = std::function<std::unique_ptr<FormatWriter>()>;
 
   Pipeline(const MessageList& messages, const MakeWriter& makeWriter)
-      : messages_(messages), makeWriter_(makeWriter) {}
+      : messages_(messages), makeWriter_(makeWriter), writer_(makeWriter()) {}
 
   ~Pipeline() {
     {
       const std::lock_guard guard(mutex_);
       isOver_ = true;
     }
-    changed_.notify_all();
+    freed_.notify_all();
     for (auto& thread : threads_) {
       thread.join();
     }
@@ -45,20 +49,20 @@ class Pipeline {
     for (unsigned index = 0; index < threads; ++index) {
       threads_.emplace_back([this] { work(); });
     }
-    const auto writer = makeWriter_();
     TextOutput output(sink);
-    const std::size_t count = (messages_.size() + stretchSize - 1) / stretchSize;
-    for (std::size_t number = 0; number < count; ++number) {
+    std::size_t end = 0;
+    for (std::size_t number = 0; end < messages_.size(); ++number) {
       Stretch stretch = take(number);
       if (stretch.failure) {
         std::rethrow_exception(stretch.failure);
       }
-      sink(stretch.text);
-      const std::size_t end = endOf(number);
-      for (std::size_t place = stretch.end; place < end; ++place) {
-        writer->write(*messages_[place], place, output);
+      if (stretch.isLarge) {
+        writer_->write(*messages_[stretch.begin], stretch.begin, output);
         output.go();
+      } else {
+        sink(stretch.text);
       }
+      end = stretch.end;
       giveBack(std::move(stretch.text));
       if (progress) {
         progress(end);
@@ -68,47 +72,55 @@ class Pipeline {
 
  private:
   struct Stretch {
-    std::string text;
-    std::size_t end = 0;  // The first message that is not in the text.
-    std::exception_ptr failure;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    bool isLarge = false;  // One message, which the calling thread writes.
+    std::string text = {};
+    std::exception_ptr failure = {};
     bool isReady = false;
   };
-
-  [[nodiscard]] std::size_t endOf(std::size_t number) const {
-    return std::min((number + 1) * stretchSize, messages_.size());
-  }
 
   Stretch take(std::size_t number) {
     std::unique_lock guard(mutex_);
     Stretch& slot = slots_[number % mostAhead];
-    changed_.wait(guard, [&] { return slot.isReady; });
+    ready_.wait(guard, [&] { return slot.isReady; });
     Stretch stretch = std::move(slot);
     slot = {};
     taken_ = number + 1;
     guard.unlock();
-    changed_.notify_all();
+    freed_.notify_all();
     return stretch;
   }
 
   void work() {
     std::unique_ptr<FormatWriter> writer;
+    TextOutput output;
     while (true) {
+      Stretch stretch;
       std::size_t number = 0;
       {
         std::unique_lock guard(mutex_);
-        const auto isLast = [this] { return next_ * stretchSize >= messages_.size(); };
-        changed_.wait(guard, [&] { return isOver_ || isLast() || next_ < taken_ + mostAhead; });
-        if (isOver_ || isLast()) {
+        const auto isPlanned = [this] { return planned_ == messages_.size(); };
+        freed_.wait(guard, [&] { return isOver_ || isPlanned() || next_ < taken_ + mostAhead; });
+        if (isOver_ || isPlanned()) {
           return;
         }
         number = next_++;
+        try {
+          plan(stretch);
+        } catch (...) {
+          stretch.failure = std::current_exception();
+        }
+        if (!spare_.empty()) {
+          output.text = std::move(spare_.back());
+          spare_.pop_back();
+        }
       }
-      Stretch stretch;
       try {
         if (!writer) {
           writer = makeWriter_();
         }
-        fill(stretch, number, *writer);
+        fill(stretch, *writer, output);
       } catch (...) {
         stretch.failure = std::current_exception();
       }
@@ -117,35 +129,50 @@ class Pipeline {
         const std::lock_guard guard(mutex_);
         slots_[number % mostAhead] = std::move(stretch);
       }
-      changed_.notify_all();
+      ready_.notify_one();
     }
   }
 
-  void fill(Stretch& stretch, std::size_t number, const FormatWriter& writer) {
-    const ContentReading reading;
-    TextOutput output;
-    output.text = spareText();
-    const std::size_t end = endOf(number);
-    for (stretch.end = number * stretchSize; stretch.end < end; ++stretch.end) {
-      const EmailMessage& message = *messages_[stretch.end];
-      if (output.text.size() > largeText || writer.weight(message) > largeText) {
+  // With the mutex held.
+  void plan(Stretch& stretch) {
+    stretch.begin = planned_;
+    std::uint64_t weight = 0;
+    while (planned_ < messages_.size() && planned_ - stretch.begin < mostMessages && weight < enoughText) {
+      const std::uint64_t next = writer_->weight(*messages_[planned_]);
+      if (next > largeMessage) {
+        stretch.isLarge = planned_ == stretch.begin;
+        planned_ += stretch.isLarge ? 1 : 0;
         break;
       }
-      writer.write(message, stretch.end, output);
+      weight += next;
+      ++planned_;
+    }
+    stretch.end = planned_;
+  }
+
+  // The records of a list lie all over the memory, which is slow to come.
+  static void fetchAhead(const EmailMessage* message) {
+    for (std::size_t offset = 0; offset < sizeof(EmailMessage); offset += 64) {
+      __builtin_prefetch(reinterpret_cast<const char*>(message) + offset);
+    }
+  }
+
+  void fill(Stretch& stretch, const FormatWriter& writer, TextOutput& output) {
+    if (stretch.isLarge || stretch.failure) {
+      return;
+    }
+    const ContentReading reading;
+    for (std::size_t place = stretch.begin; place < stretch.end; ++place) {
+      if (place + lookAhead < stretch.end) {
+        fetchAhead(messages_[place + lookAhead].get());
+      }
+      writer.write(*messages_[place], place, output);
     }
     stretch.text = std::move(output.text);
+    output.text.clear();
   }
 
   // Texts go round: fresh memory of this size costs more than what is written into it.
-  std::string spareText() {
-    const std::lock_guard guard(mutex_);
-    if (spare_.empty()) {
-      return {};
-    }
-    std::string text = std::move(spare_.back());
-    spare_.pop_back();
-    return text;
-  }
   void giveBack(std::string text) {
     text.clear();
     const std::lock_guard guard(mutex_);
@@ -154,10 +181,13 @@ class Pipeline {
 
   const MessageList& messages_;
   const MakeWriter& makeWriter_;
+  const std::unique_ptr<FormatWriter> writer_;  // Of the calling thread, and for plans.
   std::mutex mutex_;
-  std::condition_variable changed_;
-  std::size_t next_ = 0;   // The stretch that the next free thread begins.
-  std::size_t taken_ = 0;  // Stretches that have been passed on.
+  std::condition_variable ready_;  // The calling thread waits for it,
+  std::condition_variable freed_;  // the others for this one.
+  std::size_t planned_ = 0;        // The first message that belongs to no stretch yet.
+  std::size_t next_ = 0;           // The number of the next stretch.
+  std::size_t taken_ = 0;          // Stretches that have been passed on.
   bool isOver_ = false;
   std::array<Stretch, mostAhead> slots_;
   std::vector<std::string> spare_;
@@ -169,9 +199,9 @@ class Pipeline {
 void writeInOrder(const MessageList& messages,
                   const std::function<std::unique_ptr<FormatWriter>()>& makeWriter,
                   const ExportUtility::Sink& sink, const ExportUtility::Progress& progress) {
-  const auto stretches = (messages.size() + stretchSize - 1) / stretchSize;
-  const auto threads =
-      std::min<std::size_t>(std::clamp(std::thread::hardware_concurrency(), 1U, mostThreads), stretches);
+  // What fits into one stretch needs no second thread.
+  const auto most = std::min<std::size_t>(mostThreads, (messages.size() + mostMessages - 1) / mostMessages);
+  const auto threads = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, most);
   Pipeline(messages, makeWriter).run(static_cast<unsigned>(threads), sink, progress);
 }
 

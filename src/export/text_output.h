@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "export/export_utility.h"
 
@@ -16,6 +17,13 @@ class TextOutput {
 
   std::string text;
 
+  /// The bytes of a body, in memory that serves one after the other: they stand until the next call.
+  std::string_view bytesOf(const Content& content) {
+    content_.clear();
+    content.appendTo(content_);
+    return content_;
+  }
+
   void mayGo() {
     if (sink_ != nullptr && text.size() >= muchText) {
       go();
@@ -30,6 +38,7 @@ class TextOutput {
  private:
   static constexpr std::size_t muchText = std::size_t{128} << 10U;
   const ExportUtility::Sink* sink_ = nullptr;
+  std::string content_;
 };
 
 }  // namespace tidewrack

@@ -60,27 +60,28 @@ StoreConnection::StoreConnection(const fs::path& file, SQLiteConnection::Mode mo
   database_.execute(writerPragmas);
 }
 
-std::optional<std::string> StoreConnection::content(std::int64_t number, std::uint64_t size) {
+void StoreConnection::content(std::int64_t number, std::uint64_t size, std::string& text) {
   if (!first_) {
     first_ = database_.prepare("SELECT bytes FROM content WHERE number = ?");
     rest_ = database_.prepare("SELECT bytes FROM contentRest WHERE content = ? ORDER BY piece");
   }
   first_->bindInteger(1, number);
-  if (!first_->step()) {
-    first_->reset();
-    return std::nullopt;
+  std::uint64_t read = 0;
+  if (first_->step()) {
+    const auto bytes = first_->bytes(0);
+    text += bytes;
+    read = bytes.size();
   }
-  std::string bytes(first_->bytes(0));
   first_->reset();
-  if (bytes.size() < size) {
-    bytes.reserve(size);
-    rest_->bindInteger(1, number);
-    while (rest_->step()) {
-      bytes += rest_->bytes(0);
-    }
-    rest_->reset();
+  if (read == 0 || read >= size) {
+    return;
   }
-  return bytes;
+  text.reserve(text.size() + size - read);
+  rest_->bindInteger(1, number);
+  while (rest_->step()) {
+    text += rest_->bytes(0);
+  }
+  rest_->reset();
 }
 
 std::shared_ptr<MessageStore> MessageStore::open(const fs::path& file) {
@@ -135,7 +136,7 @@ MessageStore::SharedReader::~SharedReader() {
 }
 
 bool MessageStore::SharedReader::read(MessageStore& store, std::int64_t number, std::uint64_t size,
-                                      std::optional<std::string>& bytes) {
+                                      std::string& text) {
   if (!reader_) {
     auto reader = store.tryLease(true);
     if (!reader) {
@@ -148,17 +149,17 @@ bool MessageStore::SharedReader::read(MessageStore& store, std::int64_t number, 
   if (store_.get() != &store) {
     return false;
   }
-  bytes = reader_->content(number, size);
+  reader_->content(number, size, text);
   return true;
 }
 
-std::string MessageStore::readContent(std::int64_t number, std::uint64_t size) {
-  std::optional<std::string> bytes;
-  if (sharedReader && sharedReader->read(*this, number, size, bytes)) {
+void MessageStore::readContent(std::int64_t number, std::uint64_t size, std::string& text) {
+  const std::size_t before = text.size();
+  if (sharedReader && sharedReader->read(*this, number, size, text)) {
     // That was all.
   } else if (auto reader = tryLease(true)) {
     try {
-      bytes = reader->content(number, size);
+      reader->content(number, size, text);
     } catch (...) {
       giveBack(std::move(reader));
       throw;
@@ -166,12 +167,11 @@ std::string MessageStore::readContent(std::int64_t number, std::uint64_t size) {
     giveBack(std::move(reader));
   } else {
     const std::lock_guard turn(writerTurn_);
-    bytes = writer_.content(number, size);
+    writer_.content(number, size, text);
   }
-  if (!bytes || bytes->size() != size) {
+  if (text.size() - before != size) {
     throw contentGone();
   }
-  return std::move(*bytes);
 }
 
 // A reading connection, or nothing while the writing one has to serve (or, when not waiting, while all are

@@ -21,8 +21,8 @@ class StoreConnection {
   StoreConnection(const std::filesystem::path& file, SQLiteConnection::Mode mode);
 
   [[nodiscard]] SQLiteConnection& database() { return database_; }
-  /// The bytes of a row of "content", or nothing when there is no such row.
-  std::optional<std::string> content(std::int64_t number, std::uint64_t size);
+  /// Appends the bytes of a row of "content"; nothing when there is no such row.
+  void content(std::int64_t number, std::uint64_t size, std::string& text);
 
  private:
   SQLiteConnection database_;
@@ -47,17 +47,16 @@ class MessageStore : public std::enable_shared_from_this<MessageStore> {
   MessageStore(const MessageStore&) = delete;
   MessageStore& operator=(const MessageStore&) = delete;
 
-  /// The bytes of a row of "content". Throws StoreFailure when the row is gone.
-  std::string readContent(std::int64_t number, std::uint64_t size);
+  /// Appends the bytes of a row of "content". Throws StoreFailure when the row is gone.
+  void readContent(std::int64_t number, std::uint64_t size, std::string& text);
 
   /// The connection of the ContentReading of this thread.
   class SharedReader {
    public:
     ~SharedReader();
-    /// The bytes of a row, or nothing when there is no such row. False when the writing connection has to
-    /// serve, or the connection belongs to another store.
-    bool read(MessageStore& store, std::int64_t number, std::uint64_t size,
-              std::optional<std::string>& bytes);
+    /// Appends the bytes of a row; nothing when there is no such row. False when the writing connection has
+    /// to serve, or the connection belongs to another store.
+    bool read(MessageStore& store, std::int64_t number, std::uint64_t size, std::string& text);
 
    private:
     std::shared_ptr<MessageStore> store_;

@@ -15,7 +15,12 @@ class StoredContents::Source final : public ContentSource {
  public:
   Source(MessageStore& store, std::int64_t number, std::uint64_t size)
       : store_(store), number_(number), size_(size) {}
-  [[nodiscard]] std::string bytes() const override { return store_.readContent(number_, size_); }
+  [[nodiscard]] std::string bytes() const override {
+    std::string bytes;
+    appendTo(bytes);
+    return bytes;
+  }
+  void appendTo(std::string& text) const override { store_.readContent(number_, size_, text); }
   [[nodiscard]] std::uint64_t size() const override { return size_; }
 
  private:

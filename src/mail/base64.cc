@@ -223,6 +223,12 @@ std::optional<std::uint64_t> decodedBase64Size(std::string_view text) noexcept {
 }
 
 std::string encodeBase64(std::string_view bytes) {
+  std::string result;
+  appendBase64(result, bytes);
+  return result;
+}
+
+void appendBase64(std::string& text, std::string_view bytes) {
   static constexpr auto pairs = [] {
     std::array<std::array<char, 2>, 4096> table{};
     for (std::size_t index = 0; index < table.size(); ++index) {
@@ -230,9 +236,9 @@ std::string encodeBase64(std::string_view bytes) {
     }
     return table;
   }();
-  std::string result;
-  result.resize((bytes.size() + 2) / 3 * 4);
-  char* out = result.data();
+  const std::size_t before = text.size();
+  text.resize(before + (bytes.size() + 2) / 3 * 4);
+  char* out = text.data() + before;
   const auto at = [bytes](std::size_t index) {
     return static_cast<unsigned>(static_cast<unsigned char>(bytes[index]));
   };
@@ -248,7 +254,6 @@ std::string encodeBase64(std::string_view bytes) {
     out[2] = left == 2 ? alphabet[group >> 6U & 0x3FU] : '=';
     out[3] = '=';
   }
-  return result;
 }
 
 }  // namespace tidewrack

@@ -18,5 +18,7 @@ std::optional<std::uint64_t> decodedBase64Size(std::string_view text) noexcept;
 
 /// With padding, without line ends.
 std::string encodeBase64(std::string_view bytes);
+/// The same behind a text.
+void appendBase64(std::string& text, std::string_view bytes);
 
 }  // namespace tidewrack

@@ -10,6 +10,7 @@ class MemoryContent final : public ContentSource {
  public:
   explicit MemoryContent(std::string bytes) : bytes_(std::move(bytes)) {}
   [[nodiscard]] std::string bytes() const override { return bytes_; }
+  void appendTo(std::string& text) const override { text += bytes_; }
   [[nodiscard]] std::uint64_t size() const override { return bytes_.size(); }
 
  private:

@@ -13,6 +13,9 @@ class ContentSource {
   virtual ~ContentSource() = default;
   /// All bytes, decoded or fetched now. A stored row that cannot be read throws StoreFailure.
   [[nodiscard]] virtual std::string bytes() const = 0;
+  /// Puts all bytes behind a text, which spares them a memory of their own where the source can do without.
+  /// After a failure the text may hold a part of them.
+  virtual void appendTo(std::string& text) const { text += bytes(); }
   /// Their number. May cost a decode where nobody has counted before.
   [[nodiscard]] virtual std::uint64_t size() const = 0;
 };
@@ -28,6 +31,11 @@ class Content {
   static Content ofBytes(std::string bytes);
 
   [[nodiscard]] std::string bytes() const { return source_ ? source_->bytes() : std::string(); }
+  void appendTo(std::string& text) const {
+    if (source_) {
+      source_->appendTo(text);
+    }
+  }
   [[nodiscard]] std::uint64_t size() const { return source_ ? source_->size() : 0; }
   [[nodiscard]] const std::shared_ptr<const ContentSource>& source() const { return source_; }
 

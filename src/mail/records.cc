@@ -26,25 +26,38 @@ std::size_t listHash(const std::vector<Value>& values) {
 
 }  // namespace
 
-std::string displayForm(const EmailAddress& address) {
+void appendDisplayForm(std::string& text, const EmailAddress& address) {
   if (!address.name || address.name->empty()) {
-    return address.address.string();
+    text += address.address.view();
+    return;
   }
-  std::string form = address.name->string();
-  form += " <";
-  form += address.address.view();
-  form += '>';
+  text += address.name->view();
+  text += " <";
+  text += address.address.view();
+  text += '>';
+}
+
+void appendDisplayForms(std::string& text, const std::vector<EmailAddress>& addresses,
+                        std::string_view separator) {
+  bool isFirst = true;
+  for (const auto& address : addresses) {
+    if (!isFirst) {
+      text += separator;
+    }
+    isFirst = false;
+    appendDisplayForm(text, address);
+  }
+}
+
+std::string displayForm(const EmailAddress& address) {
+  std::string form;
+  appendDisplayForm(form, address);
   return form;
 }
 
 std::string displayForms(const std::vector<EmailAddress>& addresses) {
   std::string forms;
-  for (const auto& address : addresses) {
-    if (!forms.empty()) {
-      forms += ", ";
-    }
-    forms += displayForm(address);
-  }
+  appendDisplayForms(forms, addresses);
   return forms;
 }
 

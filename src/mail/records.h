@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "mail/content.h"
@@ -63,6 +64,10 @@ using MessageList = std::vector<std::shared_ptr<const EmailMessage>>;
 std::string displayForm(const EmailAddress& address);
 /// The display forms joined by ", ".
 std::string displayForms(const std::vector<EmailAddress>& addresses);
+/// The same behind a text.
+void appendDisplayForm(std::string& text, const EmailAddress& address);
+void appendDisplayForms(std::string& text, const std::vector<EmailAddress>& addresses,
+                        std::string_view separator = ", ");
 
 /// Newest first by date, stable; a message without a date counts as distantPast.
 void sortNewestFirst(MessageList& messages);

@@ -68,17 +68,22 @@ DateStyle DateStyle::mboxSeparator() {
 }
 
 std::string DateStyle::format(Date date) const {
-  if (!formatter_->format) {
-    return formatISO8601(date);
-  }
   std::string bytes;
-  if (formatter_->quick && formatter_->quick->append(bytes, date)) {
-    return bytes;
-  }
-  icu::UnicodeString text;
-  formatter_->format->format(static_cast<double>(date.time_since_epoch().count()), text);
-  text.toUTF8String(bytes);
+  append(bytes, date);
   return bytes;
+}
+
+void DateStyle::append(std::string& text, Date date) const {
+  if (!formatter_->format) {
+    text += formatISO8601(date);
+    return;
+  }
+  if (formatter_->quick && formatter_->quick->append(text, date)) {
+    return;
+  }
+  icu::UnicodeString formatted;
+  formatter_->format->format(static_cast<double>(date.time_since_epoch().count()), formatted);
+  formatted.toUTF8String(text);
 }
 
 }  // namespace tidewrack

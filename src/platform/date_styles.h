@@ -28,6 +28,8 @@ class DateStyle {
   ~DateStyle();
 
   [[nodiscard]] std::string format(Date date) const;
+  /// The same behind a text.
+  void append(std::string& text, Date date) const;
 
  private:
   struct Formatter;

@@ -195,6 +195,69 @@ TEST_F(ExportTest, ABodyWithCarriageReturnsIsOneLineInMbox) {
   EXPECT_TRUE(exported({message}, Format::mbox).ends_with("\n\n>From a\r\nFrom b\n>From c\n\n"));
 }
 
+// The rules word by word: split at line feeds that no carriage return stands before, leave the empty pieces
+// out, quote, join.
+std::string mboxBody(const std::string& body) {
+  std::vector<std::string> lines(1);
+  for (std::size_t place = 0; place < body.size(); ++place) {
+    if (body[place] == '\n' && (lines.back().empty() || lines.back().back() != '\r')) {
+      lines.emplace_back();
+    } else {
+      lines.back() += body[place];
+    }
+  }
+  std::erase(lines, "");
+  std::string joined;
+  for (const auto& line : lines) {
+    joined += (joined.empty() ? "" : "\n") + std::string(line.starts_with("From ") ? ">" : "") + line;
+  }
+  return joined;
+}
+
+TEST_F(ExportTest, AnyMixOfLinesInAnMboxBodyFollowsTheRules) {
+  const std::vector<std::string> pieces = {"\n", "\r\n", "From ", "text", "\r"};
+  const std::string bare = exported({bareMessage()}, Format::mbox);
+  const std::string head = bare.substr(0, bare.find("\n\n") + 2);
+  std::vector<EmailMessage> messages;
+  std::string expected;
+  for (unsigned number = 0; number < 5 * 5 * 5 * 5 * 5 * 5; ++number) {
+    std::string body;
+    for (unsigned rest = number, count = 0; count < 6; rest /= 5, ++count) {
+      body += pieces[rest % 5];
+    }
+    messages.push_back(bareMessage());
+    messages.back().plainBody = Content::ofBytes(body);
+    expected += head + mboxBody(body) + "\n\n";
+  }
+  EXPECT_EQ(exported(messages, Format::mbox), expected);
+}
+
+TEST_F(ExportTest, ACsvFieldIsQuotedWhereverItsSpecialCharacterStands) {
+  std::vector<EmailMessage> messages;
+  std::string expected = "ID,Asunto,De,Para,CC,Fecha,Etiquetas,Adjuntos,Biblioteca\n";
+  const std::string bare = exported({bareMessage()}, Format::csv);
+  const std::string line = bare.substr(expected.size());
+  const auto comma = line.find(',');
+  const std::string before = line.substr(0, comma + 1);
+  const std::string behind = line.substr(line.find(',', comma + 1));
+  for (std::size_t size = 1; size <= 20; ++size) {
+    for (std::size_t place = 0; place < size; ++place) {
+      for (const char special : {',', '\n', '"', '\r', ';'}) {
+        std::string subject(size, 'x');
+        subject[place] = special;
+        messages.push_back(bareMessage());
+        messages.back().subject = subject;
+        if (special == '"') {
+          subject.insert(place, 1, '"');
+        }
+        const bool isQuoted = special == ',' || special == '\n' || special == '"';
+        expected += before + (isQuoted ? '"' + subject + '"' : subject) + behind;
+      }
+    }
+  }
+  EXPECT_EQ(exported(messages, Format::csv), expected);
+}
+
 TEST_F(ExportTest, AMessageWithNoRecipientsStillHasItsLine) {
   EXPECT_NE(exported({bareMessage()}, Format::txt).find("\nPara: \n"), std::string::npos);
   EXPECT_NE(exported({bareMessage()}, Format::mbox).find("\nTo: \n"), std::string::npos);
@@ -345,13 +408,13 @@ TEST_F(ExportTest, AnEmptyListFailsInEveryFormat) {
 
 TEST_F(ExportTest, ProgressCountsTheMessagesUpToTheLast) {
   std::vector<std::size_t> counts;
-  const MessageList list(1000, std::make_shared<EmailMessage>(bareMessage()));
+  const MessageList list(2000, std::make_shared<EmailMessage>(bareMessage()));
   ExportUtility::exportMessages(
       list, Format::csv, [](std::string_view) {}, exportTime(),
       [&counts](std::size_t done) { counts.push_back(done); });
   EXPECT_GT(counts.size(), 2U);
   EXPECT_TRUE(std::ranges::is_sorted(counts));
-  EXPECT_EQ(counts.back(), 1000U);
+  EXPECT_EQ(counts.back(), 2000U);
 }
 
 }  // namespace
