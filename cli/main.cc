@@ -11,7 +11,6 @@
 
 #include "cli/commands.h"
 #include "platform/localized.h"
-#include "platform/log.h"
 
 namespace {
 
@@ -92,7 +91,6 @@ int runProgram(const std::vector<std::string>& arguments) {
 int main(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
   std::signal(SIGPIPE, SIG_IGN);  // NOLINT(cert-err33-c): a closed pipe is met when writing.
-  tidewrack::Logger::of("App");   // Where logs go can be chosen only before there is any other thread.
   const int status = runProgram({argv + 1, argv + argc});
   // A flow that still waits for background work that was dropped ends with the process.
   std::fflush(nullptr);

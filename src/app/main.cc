@@ -11,7 +11,6 @@
 
 #include "app/tidewrack_app.h"
 #include "platform/failure.h"
-#include "platform/log.h"
 #include "ui/application.h"
 
 namespace {
@@ -108,7 +107,6 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "tidewrack: unknown option %s\n%s", launch.unknown.c_str(), usage);
     return 2;
   }
-  Logger::of("App");  // Where logs go can be chosen only before there is any other thread.
   try {
     return run(launch);
   } catch (const Failure& failure) {

@@ -13,6 +13,13 @@ namespace {
 
 constexpr const char* subsystem = "io.marloon.Tidewrack";
 
+// Standard output belongs to what a program prints for its caller. GLib takes the choice only while there is
+// no other thread, so it is made before the main function.
+[[maybe_unused]] const bool isSentToStandardError = []() noexcept {
+  g_log_writer_default_set_use_stderr(TRUE);
+  return true;
+}();
+
 // Fills `%s`, `%{public}s`, `%d` and `%ld` in order.
 std::string fill(std::string_view text, std::initializer_list<FormatValue> values) {
   static constexpr std::array<std::string_view, 4> placeholders = {"%s", "%{public}s", "%d", "%ld"};
@@ -47,10 +54,6 @@ const Logger& Logger::of(std::string_view category) {
   static std::mutex mutex;
   static std::map<std::string, Logger, std::less<>> loggers;
   const std::lock_guard lock(mutex);
-  if (loggers.empty()) {
-    // Standard output belongs to what a program prints for its caller.
-    g_log_writer_default_set_use_stderr(TRUE);
-  }
   const auto found = loggers.find(category);
   return found != loggers.end() ? found->second
                                 : loggers.emplace(std::string(category), Logger(category)).first->second;

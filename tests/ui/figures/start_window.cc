@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include "app/tidewrack_app.h"
-#include "platform/log.h"
 #include "ui/application.h"
 
 namespace {
@@ -45,7 +44,6 @@ void watch(Gtk::Window& window, ContentView& screen) {
 
 int main(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
-  Logger::of("App");
   TidewrackApp app({argv, argv + argc});
   ContentView* screen = nullptr;
   const auto application = ui::Application::create({.start = [&]() -> ContentView& {
