@@ -1,5 +1,6 @@
 #include "ui/export_sheet.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <adwaita.h>
@@ -105,6 +106,20 @@ Gtk::Widget* ExportSheet::makeFormats() {
     gtk_widget_set_focusable(row, FALSE);
     gtk_list_box_append(list->gobj(), row);
   }
+  // The list has a cursor of its own, which would take these keys and go nowhere: its rows take no focus.
+  const auto keys = Gtk::EventControllerKey::create();
+  keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+  keys->signal_key_pressed().connect(
+      [this](guint key, guint, Gdk::ModifierType) {
+        const bool isUp = key == GDK_KEY_Up || key == GDK_KEY_KP_Up;
+        const bool isDown = key == GDK_KEY_Down || key == GDK_KEY_KP_Down;
+        if (isUp || isDown) {
+          chooseNeighbour(isDown);
+        }
+        return isUp || isDown;
+      },
+      false);
+  list->add_controller(keys);
   section->append(*list);
   description_.add_css_class("row-footer");
   description_.set_xalign(0.0F);
@@ -112,6 +127,16 @@ Gtk::Widget* ExportSheet::makeFormats() {
   setIdentifier(description_, "export.description");
   section->append(description_);
   return section;
+}
+
+void ExportSheet::chooseNeighbour(bool isNext) {
+  const auto& formats = ExportUtility::allFormats;
+  const auto* chosen = std::find(formats.begin(), formats.end(), view_->selectedFormat());
+  const auto* edge = isNext ? formats.end() - 1 : formats.begin();
+  if (!view_->isExporting() && chosen != edge) {
+    view_->selectedFormat.set(isNext ? *(chosen + 1) : *(chosen - 1));
+    choices_.at(view_->selectedFormat())->grab_focus();
+  }
 }
 
 Gtk::Widget* ExportSheet::makeButtons() {
@@ -143,10 +168,10 @@ Gtk::Widget* ExportSheet::makeButtons() {
 
 void ExportSheet::followScreen() {
   screenSubscriptions_.push_back(screen_.isShowingExport.observe([this] {
-    if (screen_.isShowingExport()) {
-      begin();
-    } else {
+    if (!screen_.isShowingExport()) {
       end();
+    } else if (!view_) {
+      begin();
     }
   }));
   screenSubscriptions_.push_back(screen_.cachedFilteredMessages.observe([this] {

@@ -33,6 +33,8 @@ class ExportSheet : public Sheet {
  private:
   Gtk::Widget* makeHead();
   Gtk::Widget* makeFormats();
+  /// The format below the chosen one, or the one above it.
+  void chooseNeighbour(bool isNext);
   Gtk::Widget* makeButtons();
   void followScreen();
   void begin();

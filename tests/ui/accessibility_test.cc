@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/files.h"
 #include "ui/keyboard.h"
 #include "ui/main_menu.h"
 #include "ui/window_fixture.h"
@@ -92,6 +93,26 @@ class AccessibilityTest : public WindowTest {
     return missed;
   }
 
+  // The desktop's file chooser gets the keyboard as soon as it is there.
+  static bool focusFileChooser() {
+    GtkWindow* chooser = nullptr;
+    const bool isThere = runUntil([&chooser] {
+      GList* windows = gtk_window_list_toplevels();
+      for (GList* node = windows; node != nullptr; node = node->next) {
+        if (GTK_IS_FILE_CHOOSER_DIALOG(node->data) &&
+            gtk_widget_get_mapped(GTK_WIDGET(node->data)) != FALSE) {
+          chooser = GTK_WINDOW(node->data);
+        }
+      }
+      g_list_free(windows);
+      return chooser != nullptr;
+    });
+    if (isThere) {
+      Keyboard::focus(chooser);
+    }
+    return isThere;
+  }
+
   static std::string mail() {
     return archivedMessage(
         "Message-ID: <m1@example.org>\nFrom: Ana <ana@example.org>\nTo: Ben <ben@example.org>\n"
@@ -147,7 +168,7 @@ TEST_F(AccessibilityTest, TheDocumentedIdentifiersAreThere) {
   }
 }
 
-TEST_F(AccessibilityTest, TheKeyboardAloneLeadsFromTheWelcomeThroughAnImportAndTheMail) {
+TEST_F(AccessibilityTest, TheKeyboardAloneLeadsFromTheWelcomeThroughAnImportToAnExport) {
   ui::setShortcuts(testApplication());
   const std::string file = archive("harbour.mbox", mail());
   open();
@@ -157,18 +178,7 @@ TEST_F(AccessibilityTest, TheKeyboardAloneLeadsFromTheWelcomeThroughAnImportAndT
   ASSERT_TRUE(screen_->isPresentingImporter());
 
   // The desktop's file chooser takes a path that is typed.
-  GtkWindow* chooser = nullptr;
-  ASSERT_TRUE(runUntil([&] {
-    GList* windows = gtk_window_list_toplevels();
-    for (GList* node = windows; node != nullptr; node = node->next) {
-      if (GTK_IS_FILE_CHOOSER_DIALOG(node->data) && gtk_widget_get_mapped(GTK_WIDGET(node->data)) != FALSE) {
-        chooser = GTK_WINDOW(node->data);
-      }
-    }
-    g_list_free(windows);
-    return chooser != nullptr;
-  }));
-  Keyboard::focus(chooser);
+  ASSERT_TRUE(focusFileChooser());
   Keyboard::press("l", "Control_L");
   Keyboard::press("a", "Control_L");
   Keyboard::type(file);
@@ -203,6 +213,26 @@ TEST_F(AccessibilityTest, TheKeyboardAloneLeadsFromTheWelcomeThroughAnImportAndT
   EXPECT_TRUE(Keyboard::tabTo(mainWindow(), "settings.close"));
   Keyboard::press("Escape");
   EXPECT_TRUE(runUntil([this] { return find("settings.root") == nullptr; }));
+
+  // What the list shows is exported: the sheet, a format, the file chooser, the file.
+  const std::filesystem::path exported = folder_ / "harbour-again.mbox";
+  ASSERT_TRUE(Keyboard::tabTo(mainWindow(), "toolbar.export"));
+  Keyboard::press("space");
+  ASSERT_TRUE(runUntil([this] { return find("export.root") != nullptr; }));
+  ASSERT_TRUE(Keyboard::tabTo(mainWindow(), "export.format.html"));
+  for (int formats = 0; formats < 3; ++formats) {
+    Keyboard::press("Down");
+  }
+  EXPECT_TRUE(find<Gtk::CheckButton>("export.format.mbox")->get_active());
+  Keyboard::press("Return");
+  ASSERT_TRUE(focusFileChooser());
+  Keyboard::press("a", "Control_L");
+  Keyboard::type(exported);
+  Keyboard::press("Return");
+  ASSERT_TRUE(runUntil([this] { return find("export.root") == nullptr; }));
+  EXPECT_TRUE(readFile(exported).starts_with("From ana@example.org "));
+  Keyboard::focus(mainWindow());
+  EXPECT_TRUE(Keyboard::tabTo(mainWindow(), "messages.list")) << "the keyboard is back in the window";
 }
 
 }  // namespace
