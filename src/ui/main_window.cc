@@ -80,14 +80,13 @@ MainWindow::MainWindow(Gtk::Application& application, ContentView& screen, Intel
   window_->set_icon_name(application.get_id());
   setIdentifier(*window_, "main.window");
 
-  auto* columns = makeColumns(intelligence);
-  columns->set_size_request(minimumWidth, minimumHeight);
+  columns_ = makeColumns(intelligence);
+  columns_->set_size_request(minimumWidth, minimumHeight);
   root_ = Gtk::make_managed<Gtk::Overlay>();
-  root_->set_child(*columns);
-  root_->add_overlay(*Gtk::make_managed<AdvancedSearchSheet>(screen_, *columns));
-  root_->add_overlay(*Gtk::make_managed<SettingsSheet>(screen_, intelligence, *columns));
-  addSheets(*columns);
-  root_->add_overlay(*Gtk::make_managed<ToastView>(screen_));
+  root_->set_child(*columns_);
+  toast_ = Gtk::make_managed<ToastView>(screen_);
+  root_->add_overlay(*toast_);
+  addSheets(intelligence);
   adw_application_window_set_content(ADW_APPLICATION_WINDOW(window), GTK_WIDGET(root_->gobj()));
 
   GravatarService::shared().follow(screen_.services().settings);
@@ -158,16 +157,48 @@ Gtk::Widget* MainWindow::makeDetailColumn(IntelligenceService& intelligence) {
   return makeColumn(bar, *detail_, detailMinimumWidth, "detail-column");
 }
 
-void MainWindow::addSheets(Gtk::Widget& columns) {
-  exportSheet_ = Gtk::make_managed<ExportSheet>(screen_, columns);
-  for (Gtk::Widget* sheet :
-       {static_cast<Gtk::Widget*>(Gtk::make_managed<ManageLibrariesSheet>(screen_, columns)),
-        static_cast<Gtk::Widget*>(exportSheet_),
-        static_cast<Gtk::Widget*>(Gtk::make_managed<DiscoveredLibrariesSheet>(screen_, columns, nullptr)),
-        static_cast<Gtk::Widget*>(Gtk::make_managed<StatusSheet>(screen_, columns)),
-        static_cast<Gtk::Widget*>(Gtk::make_managed<DeletionSheet>(screen_, columns))}) {
-    root_->add_overlay(*sheet);
+// All but the one that tells how the first load stands are made when they are first shown: together they cost
+// more than the rest of the window.
+void MainWindow::addSheets(IntelligenceService& intelligence) {
+  addSheet(*Gtk::make_managed<StatusSheet>(screen_, *columns_));
+  addSheetWhen(screen_.isShowingAdvancedSearch,
+               [this] { addSheet(*Gtk::make_managed<AdvancedSearchSheet>(screen_, *columns_)); });
+  addSheetWhen(screen_.isShowingSettings, [this, &intelligence] {
+    addSheet(*Gtk::make_managed<SettingsSheet>(screen_, intelligence, *columns_));
+  });
+  addSheetWhen(screen_.isShowingManageLibrariesSheet,
+               [this] { addSheet(*Gtk::make_managed<ManageLibrariesSheet>(screen_, *columns_)); });
+  addSheetWhen(screen_.isShowingExport, [this] { exportSheet(); });
+  addSheetWhen(screen_.isShowingDiscoveredLibraries, [this] {
+    addSheet(*Gtk::make_managed<DiscoveredLibrariesSheet>(screen_, *columns_, nullptr));
+  });
+  addSheetWhen(screen_.showDeleteConfirmation,
+               [this] { addSheet(*Gtk::make_managed<DeletionSheet>(screen_, *columns_)); });
+}
+
+void MainWindow::addSheet(Gtk::Widget& sheet) {
+  root_->add_overlay(sheet);
+  toast_->insert_at_end(*root_);  // It stays above all of them.
+}
+
+// The sheet follows the field by itself once it is there, so it is told once more what it has missed.
+template <typename Make>
+void MainWindow::addSheetWhen(Observable<bool>& wanted, Make make) {
+  subscriptions_.push_back(wanted.observe([&wanted, make, isMade = false]() mutable {
+    if (wanted() && !isMade) {
+      isMade = true;
+      make();
+      wanted.notify();
+    }
+  }));
+}
+
+ExportSheet& MainWindow::exportSheet() {
+  if (exportSheet_ == nullptr) {
+    exportSheet_ = Gtk::make_managed<ExportSheet>(screen_, *columns_);
+    addSheet(*exportSheet_);
   }
+  return *exportSheet_;
 }
 
 void MainWindow::addActions() {

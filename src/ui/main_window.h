@@ -34,7 +34,8 @@ class MainWindow {
   [[nodiscard]] Gtk::ApplicationWindow& window() { return *window_; }
   [[nodiscard]] MessageListView& list() { return *list_; }
   [[nodiscard]] MessageDetailView& detail() { return *detail_; }
-  [[nodiscard]] ExportSheet& exportSheet() { return *exportSheet_; }
+  /// Made now where nobody has asked for it yet.
+  ExportSheet& exportSheet();
 
   static constexpr int minimumWidth = 980;
   static constexpr int minimumHeight = 620;
@@ -46,7 +47,10 @@ class MainWindow {
   Gtk::Widget* makeSidebarColumn();
   Gtk::Widget* makeListColumn();
   Gtk::Widget* makeDetailColumn(IntelligenceService& intelligence);
-  void addSheets(Gtk::Widget& columns);
+  void addSheets(IntelligenceService& intelligence);
+  void addSheet(Gtk::Widget& sheet);
+  template <typename Make>
+  void addSheetWhen(Observable<bool>& wanted, Make make);
   void addActions();
   void acceptDrops();
   void showTitle();
@@ -56,11 +60,13 @@ class MainWindow {
   ContentView& screen_;
   Gtk::ApplicationWindow* window_ = nullptr;
   Gtk::Overlay* root_ = nullptr;
+  Gtk::Widget* columns_ = nullptr;
+  Gtk::Widget* toast_ = nullptr;
   AdwWindowTitle* listTitle_ = nullptr;
   Gtk::Stack* middle_ = nullptr;
   MessageListView* list_ = nullptr;
   MessageDetailView* detail_ = nullptr;
-  ExportSheet* exportSheet_ = nullptr;
+  ExportSheet* exportSheet_ = nullptr;  ///< Null until it is wanted.
   std::unique_ptr<ArchivePicker> picker_;
   std::unique_ptr<RenameDialog> renameDialog_;
   std::vector<Subscription> subscriptions_;

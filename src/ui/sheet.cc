@@ -84,7 +84,7 @@ void Sheet::setContent(Gtk::Widget& content, int width) {
 }
 
 void Sheet::present() {
-  if (isPresented_) {
+  if (isPresented_ || get_parent() == nullptr) {
     return;
   }
   isPresented_ = true;
@@ -97,7 +97,7 @@ void Sheet::present() {
       below = sheet;
     }
   }
-  if (below != nullptr && get_parent() != nullptr) {
+  if (below != nullptr) {
     insert_after(*get_parent(), *below);
   }
   presentedSheets().push_back(this);

@@ -26,6 +26,7 @@ class Sheet : public Gtk::Revealer {
   /// Called on the Return key, unless a button has the keyboard and so takes it. May be empty.
   void setDefaultAction(std::function<void()> action) { defaultAction_ = std::move(action); }
 
+  /// Does nothing while the sheet lies in no window.
   void present();
   void dismiss();
   [[nodiscard]] bool isPresented() const { return isPresented_; }
