@@ -20,7 +20,8 @@
 namespace tidewrack::ui {
 namespace {
 
-constexpr unsigned pictureDelayMilliseconds = 1500;  // the page of the first message has been painted
+constexpr unsigned pictureDelayMilliseconds = 1500;   // the page of the first message has been painted
+constexpr unsigned prefetchDelayMilliseconds = 1000;  // not while the window is being drawn
 
 }  // namespace
 
@@ -37,6 +38,7 @@ Application::Application(Configuration configuration)
 
 Application::~Application() {
   pictureTimer_.disconnect();
+  prefetchTimer_.disconnect();
 }
 
 void Application::on_startup() {
@@ -88,9 +90,12 @@ bool Application::ensureWindow() {
         },
         false);
     screen_->startup();
-    Glib::signal_idle().connect_once(
-        [this] { screen_->services().executor.runInBackground(TaskPriority::utility, prefetchWebLibrary); },
-        Glib::PRIORITY_LOW);
+    prefetchTimer_ = Glib::signal_timeout().connect(
+        [this] {
+          screen_->services().executor.runInBackground(TaskPriority::utility, prefetchWebLibrary);
+          return false;
+        },
+        prefetchDelayMilliseconds, Glib::PRIORITY_LOW);
     if (!configuration_.pictureFile.empty()) {
       takePictureWhenReady();
     }

@@ -61,6 +61,7 @@ class Application : public Gtk::Application {
   std::unique_ptr<SettingsWindow> settingsWindow_;
   std::string failure_;
   sigc::connection pictureTimer_;
+  sigc::connection prefetchTimer_;
 };
 
 }  // namespace tidewrack::ui
