@@ -5,6 +5,7 @@
 
 #include <adwaita.h>
 
+#include "app/demo_library.h"
 #include "ui/archive_picker.h"
 #include "ui/style.h"
 
@@ -97,14 +98,20 @@ WindowTest::~WindowTest() {
   close();
 }
 
-void WindowTest::open() {
+ContentView& WindowTest::startScreen() {
   executor_ = std::make_unique<MainLoopExecutor>();
   screen_ = std::make_unique<ContentView>(
       ContentViewServices{.executor = *executor_,
                           .settings = settings_,
                           .container = ModelContainer::open(folder_ / "default.store"),
                           .applicationFolder = folder_.path(),
-                          .arguments = {"tidewrack"}});
+                          .arguments = arguments_,
+                          .demoLibrary = demoLibrary});
+  return *screen_;
+}
+
+void WindowTest::open() {
+  startScreen();
   window_ = std::make_unique<ui::MainWindow>(testApplication(), *screen_, *service_);
   window_->present();
   screen_->startup();

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <gtkmm.h>
@@ -65,9 +66,13 @@ class WindowTest : public testing::Test {
   /// The window of an alert, or null.
   static GtkWindow* alert();
 
+  /// Opens the store and the screen alone.
+  ContentView& startScreen();
+
   /// Waits for the flows that have begun.
   void letFlowsEnd();
 
+  std::vector<std::string> arguments_ = {"tidewrack"};  ///< Of the screen that is opened next.
   TemporaryFolder folder_;
   Settings settings_;
   UnavailableIntelligenceService intelligence_;
