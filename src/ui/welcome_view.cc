@@ -95,7 +95,7 @@ WelcomeView::WelcomeView(ContentView& screen, Actions actions)
   follow(screen_.isRestoringFromiCloud);
   follow(screen_.discoveredRemoteLibraries);
   refresh();
-}  // namespace tidewrack::ui
+}
 
 void WelcomeView::refresh() {
   const bool hasCloud = screen_.iCloudSyncEnabled();
