@@ -3,7 +3,8 @@
 #   make run [ARCHIVE=file.mbox]   install what is missing, build, import the archive, open the window
 #   make test                      install what is missing, build, run every check and test
 #   make bench                     measure (BENCH_FLAGS="--quick" for a short run)
-#   make screenshots MAIL="FILE..."   draw HTML files and messages as the window shows them, in build/pages
+#   make screenshots [MAIL="FILE..."]   draw the sheets into docs/pictures, and HTML files and messages as the
+#                                  window shows them into build/pages
 #   make install [PREFIX=/usr/local] [DESTDIR=]   build and install the programs
 #   make translations              bring po/ in line with the texts of the sources
 #   make lint                      formatting, layering, script and static checks
@@ -51,11 +52,16 @@ bench: packages
 	$(ON_DISPLAY) build/release/tidewrack-reading-figures
 	$(ON_DISPLAY) build/release/tidewrack-window-bench
 
+PAGES = $(or $(MAIL),$(wildcard $(TIDEWRACK_CORPUS)/html/*.html $(TIDEWRACK_CORPUS)/html/*.eml))
+SHEET_PICTURES = $(ON_DISPLAY) build/release/tidewrack-sheet-pictures
+
 screenshots: packages
 	cmake --preset release
-	cmake --build --preset release --target tidewrack-page-sheets
-	$(ON_DISPLAY) build/release/tidewrack-page-sheets build/pages \
-	  $(or $(MAIL),$(wildcard $(TIDEWRACK_CORPUS)/html/*.html $(TIDEWRACK_CORPUS)/html/*.eml))
+	cmake --build --preset release --target tidewrack-page-sheets tidewrack-sheet-pictures
+	mkdir -p docs/pictures
+	TIDEWRACK_PICTURES=docs/pictures $(SHEET_PICTURES)
+	TIDEWRACK_PICTURES=docs/pictures TIDEWRACK_DARK=1 $(SHEET_PICTURES) --gtest_filter='*Settings'
+	$(if $(PAGES),$(ON_DISPLAY) build/release/tidewrack-page-sheets build/pages $(PAGES))
 
 # A package's own scripts tell the desktop of the new files; without one that is done here.
 install: packages
