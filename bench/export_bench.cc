@@ -88,7 +88,7 @@ void measureExport(const fs::path& folder, bool quick, int turns, Table& table) 
     char what[80];
     std::snprintf(what, sizeof what, "export as %s, %.0f messages, %.0f MB (cp)", extension.c_str(),
                   last["messages"], static_cast<double>(fs::file_size(file)) / 1e6);
-    table.addRatio(what, pair, format == ExportUtility::ExportFormat::html ? 0 : 2.0);
+    table.addRatio(what, pair, 2.0);
     table.addBytes("  peak anonymous memory, the list included", last["peakBytes"], 200e6);
     table.addNote("  of that the list", std::to_string(std::llround(last["listBytes"] / 1e6)) + " MB");
     fs::remove(file);
