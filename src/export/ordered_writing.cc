@@ -22,7 +22,7 @@ constexpr std::uint64_t largeMessage = std::uint64_t{2} << 20U;
 // Stretches that are ready or under way at a time.
 constexpr std::size_t mostAhead = 8;
 constexpr unsigned mostThreads = 4;
-// Messages between the one that is written and the one that is asked for.
+// Messages from the one that is written to the one whose lists are asked for, and from there to the record.
 constexpr std::size_t lookAhead = 4;
 
 class Pipeline {
@@ -150,11 +150,17 @@ class Pipeline {
     stretch.end = planned_;
   }
 
-  // The records of a list lie all over the memory, which is slow to come.
-  static void fetchAhead(const EmailMessage* message) {
+  // The records of a list lie all over the memory, which is slow to come: they are asked for in time.
+  static void fetchRecord(const EmailMessage* message) {
     for (std::size_t offset = 0; offset < sizeof(EmailMessage); offset += 64) {
       __builtin_prefetch(reinterpret_cast<const char*>(message) + offset);
     }
+  }
+  static void fetchLists(const EmailMessage& message) {
+    __builtin_prefetch(message.to.data());
+    __builtin_prefetch(message.cc.data());
+    __builtin_prefetch(message.labels.data());
+    __builtin_prefetch(message.attachments.data());
   }
 
   void fill(Stretch& stretch, const FormatWriter& writer, TextOutput& output) {
@@ -163,8 +169,9 @@ class Pipeline {
     }
     const ContentReading reading;
     for (std::size_t place = stretch.begin; place < stretch.end; ++place) {
-      if (place + lookAhead < stretch.end) {
-        fetchAhead(messages_[place + lookAhead].get());
+      if (place + 2 * lookAhead < stretch.end) {
+        fetchRecord(messages_[place + 2 * lookAhead].get());
+        fetchLists(*messages_[place + lookAhead]);
       }
       writer.write(*messages_[place], place, output);
     }

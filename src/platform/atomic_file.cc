@@ -19,9 +19,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t bufferSize = std::size_t{256} << 10U;
+// What comes in such pieces needs no buffer.
+constexpr std::size_t largePiece = std::size_t{64} << 10U;
 // Pieces of this size start on their way to the disk while the next one is made, so that the fsync at the end
 // has little left to wait for.
-constexpr std::uint64_t pieceSize = std::uint64_t{16} << 20U;
+constexpr std::uint64_t pieceSize = std::uint64_t{4} << 20U;
 
 fs::path folderOf(const fs::path& path) {
   const fs::path folder = path.parent_path();
@@ -122,10 +124,11 @@ AtomicFile::AtomicFile(const fs::path& path) : state_(std::make_unique<State>(pa
 AtomicFile::~AtomicFile() = default;
 
 void AtomicFile::write(std::string_view bytes) {
-  if (state_->buffer.size() + bytes.size() > bufferSize) {
+  const bool isLarge = bytes.size() >= largePiece;
+  if (isLarge || state_->buffer.size() + bytes.size() > bufferSize) {
     state_->flush();
   }
-  if (bytes.size() >= bufferSize) {
+  if (isLarge) {
     state_->writeNow(bytes);
   } else {
     state_->buffer += bytes;
