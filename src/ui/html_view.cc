@@ -210,21 +210,26 @@ void HTMLView::clear() {
   }
   memory_.forget();
   if (filter_ == FilterState::attached) {
+    // Nobody waits for this page: a good moment for a fresh process.
+    if (pagesOfProcess_ >= pagesBeforePause) {
+      terminateQuietly();
+    }
     webkit_web_view_load_plain_text(view_, "");
     watch_->start(patience_);
   }
 }
 
-// The filter turns a page over that was made for the other appearance, but the text that names no colour of
-// its own has the shown one's: turned over, it would be dark on dark. The page's own rules hold against this
-// one where they name more than the body.
+// The filter turns a page over that was made for the other appearance, but what names no colour of its own,
+// text, links and form controls, has the shown one's: turned over, it would be dark on dark. The page's own
+// rules hold against this one where they name more than the body.
 void HTMLView::styleInverted(HTMLAppearance appearance, bool invertContent) {
   WebKitUserContentManager* manager = webkit_web_view_get_user_content_manager(view_);
   webkit_user_content_manager_remove_all_style_sheets(manager);
   if (!invertContent || appearance != HTMLAppearance::dark) {
     return;
   }
-  const std::string rule = "html body { color: " + std::string(textColor(HTMLAppearance::light)) + "; }";
+  const std::string rule =
+      "html body { color-scheme: light; color: " + std::string(textColor(HTMLAppearance::light)) + "; }";
   WebKitUserStyleSheet* sheet = webkit_user_style_sheet_new(
       rule.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME, WEBKIT_USER_STYLE_LEVEL_AUTHOR, nullptr, nullptr);
   webkit_user_content_manager_add_style_sheet(manager, sheet);
@@ -244,6 +249,11 @@ void HTMLView::loadCurrent() {
     giveUp();
     return;
   }
+  if (isProcessWorn()) {
+    terminateQuietly();
+  }
+  ++pagesOfProcess_;
+  bytesOfProcess_ += g_bytes_get_size(document_.get());
   // Without a base every relative address leads nowhere.
   webkit_web_view_load_bytes(view_, document_.get(), "text/html", "UTF-8", nullptr);
   watch_->start(patience_ +
@@ -269,8 +279,16 @@ void HTMLView::loadEnded() {
   }
 }
 
+// The engine collects the pages that are gone when it likes to, with hundreds of megabytes of them by then.
+bool HTMLView::isProcessWorn() const {
+  return (pagesOfProcess_ >= pagesOfWornProcess && bytesOfProcess_ >= bytesOfWornProcess) ||
+         pagesOfProcess_ >= mostPages;
+}
+
 void HTMLView::terminateQuietly() {
   watch_->stop();
+  pagesOfProcess_ = 0;
+  bytesOfProcess_ = 0;
   isTerminating_ = true;
   webkit_web_view_terminate_web_process(view_);
   isTerminating_ = false;

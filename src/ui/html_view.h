@@ -61,6 +61,7 @@ class HTMLView : public Gtk::Box {
   void styleInverted(HTMLAppearance appearance, bool invertContent);
   void giveUp();
   void loadEnded();
+  [[nodiscard]] bool isProcessWorn() const;
   void terminateQuietly();
   static bool decideResponse(WebKitPolicyDecision* decision);
   bool decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
@@ -71,9 +72,18 @@ class HTMLView : public Gtk::Box {
   static constexpr std::chrono::milliseconds usualPatience{10'000};
   static constexpr std::chrono::milliseconds patiencePerMegabyte{1000};
 
+  // What a process shows before a fresh one takes its place, which makes one page come later: a number of
+  // pages that together were large, or very many. When nothing is shown anyway, a few are enough.
+  static constexpr int pagesOfWornProcess = 40;
+  static constexpr std::size_t bytesOfWornProcess = std::size_t{4} << 20U;
+  static constexpr int mostPages = 250;
+  static constexpr int pagesBeforePause = 20;
+
   WebKitWebView* view_ = nullptr;
   std::unique_ptr<PageWatch> watch_;
   std::chrono::milliseconds patience_ = usualPatience;
+  int pagesOfProcess_ = 0;
+  std::size_t bytesOfProcess_ = 0;
   bool isTerminating_ = false;  ///< The process ends because the view wants it.
   GCancellable* cancellable_ = nullptr;
   FilterState filter_ = FilterState::pending;

@@ -61,7 +61,7 @@ TEST_F(HTMLViewTest, LightTextReallyStandsOnADarkPage) {
 TEST_F(HTMLViewTest, TextWithoutAColourIsReadableOnAForcedBackground) {
   show(
       "<html><head></head><body><p id=a>plain</p><p id=b style='color: rgb(200, 0, "
-      "0)'>red</p></body></html>");
+      "0)'>red</p><a id=c href='https://example.org/'>link</a></body></html>");
   window_->detail().detail().setHTMLBackground(HTMLBackgroundPreference::dark);
   // The filter turns black on white into white on black.
   ASSERT_TRUE(runUntil([&] {
@@ -70,6 +70,7 @@ TEST_F(HTMLViewTest, TextWithoutAColourIsReadableOnAForcedBackground) {
   EXPECT_EQ(evaluate(view(), "getComputedStyle(document.body).backgroundColor"), "rgb(255, 255, 255)");
   EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('a')).color"), "rgb(29, 29, 31)");
   EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('b')).color"), "rgb(200, 0, 0)");
+  EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('c')).color"), "rgb(0, 0, 238)");
   window_->detail().detail().setHTMLBackground(HTMLBackgroundPreference::light);
   ASSERT_TRUE(runUntil([&] { return evaluate(view(), "getComputedStyle(document.body).filter") == "none"; }));
   EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('a')).color"), "rgb(29, 29, 31)");
@@ -216,6 +217,55 @@ TEST_F(HTMLViewTest, TheLastOfManySelectedMessagesIsShown) {
     return evaluate(view(), "document.getElementById('a') && document.getElementById('a').textContent") ==
            "page " + last.substr(1);
   }));
+}
+
+class LongReading : public PageTest {
+ protected:
+  void watchProcesses() {
+    g_signal_connect(page(), "web-process-terminated",
+                     G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason, gpointer self) {
+                       ++static_cast<LongReading*>(self)->ended_;
+                     }),
+                     this);
+    view().signalUnavailable().connect([this] { ++failures_; });
+  }
+  void showPages(int count, std::size_t bytes) {
+    for (int number = 0; number < count; ++number) {
+      show("<p id=n>" + std::to_string(++shown_) + "</p><!--" + std::string(bytes, 'x') + "-->");
+      ASSERT_EQ(evaluated("document.getElementById('n').textContent"), std::to_string(shown_));
+    }
+  }
+
+  int shown_ = 0;
+  int ended_ = 0;
+  int failures_ = 0;
+};
+
+TEST_F(LongReading, AFreshProcessTakesOverAfterManyLargePages) {
+  watchProcesses();
+  showPages(40, 110'000);
+  EXPECT_EQ(ended_, 0);
+  showPages(2, 110'000);
+  EXPECT_EQ(ended_, 1);
+  EXPECT_EQ(failures_, 0);
+}
+
+TEST_F(LongReading, SmallPagesKeepTheirProcess) {
+  watchProcesses();
+  showPages(60, 1000);
+  EXPECT_EQ(ended_, 0);
+}
+
+TEST_F(LongReading, APauseIsTheTimeForAFreshProcess) {
+  watchProcesses();
+  showPages(5, 1000);
+  view().clear();
+  EXPECT_EQ(ended_, 0);
+  showPages(20, 1000);
+  view().clear();
+  EXPECT_EQ(ended_, 1);
+  showPages(1, 1000);
+  EXPECT_EQ(failures_, 0);
 }
 
 TEST(ContentFilterRules, AreOneListOfRules) {
