@@ -20,7 +20,8 @@
 namespace tidewrack::ui {
 namespace {
 
-constexpr unsigned pictureDelayMilliseconds = 1500;   // the page of the first message has been painted
+constexpr unsigned pictureDelayMilliseconds = 1500;  // the page of the first message has been painted
+constexpr unsigned presentPatienceMilliseconds = 50;
 constexpr unsigned prefetchDelayMilliseconds = 1000;  // not while the window is being drawn
 
 }  // namespace
@@ -39,6 +40,7 @@ Application::Application(Configuration configuration)
 Application::~Application() {
   pictureTimer_.disconnect();
   prefetchTimer_.disconnect();
+  presentTimer_.disconnect();
 }
 
 void Application::on_startup() {
@@ -82,6 +84,7 @@ bool Application::ensureWindow() {
     return false;
   }
   if (!window_) {
+    screen_->startup();  // Reads in the background while the window is being made.
     window_ = std::make_unique<MainWindow>(*this, *screen_, configuration_.intelligence);
     window_->window().signal_close_request().connect(
         [this] {
@@ -89,7 +92,6 @@ bool Application::ensureWindow() {
           return true;
         },
         false);
-    screen_->startup();
     prefetchTimer_ = Glib::signal_timeout().connect(
         [this] {
           screen_->services().executor.runInBackground(TaskPriority::utility, prefetchWebLibrary);
@@ -99,9 +101,34 @@ bool Application::ensureWindow() {
     if (!configuration_.pictureFile.empty()) {
       takePictureWhenReady();
     }
+    presentWhenLoaded();
+  } else {
+    window_->present();
   }
-  window_->present();
   return true;
+}
+
+// A short load is over before the window stands, which then does not have to change at once.
+void Application::presentWhenLoaded() {
+  firstLoad_ = screen_->isImporting.observe([this] {
+    if (!screen_->isImporting()) {
+      presentNow();
+    }
+  });
+  presentTimer_ = Glib::signal_timeout().connect(
+      [this] {
+        presentNow();
+        return false;
+      },
+      presentPatienceMilliseconds);
+}
+
+void Application::presentNow() {
+  presentTimer_.disconnect();
+  firstLoad_.reset();
+  if (window_) {
+    window_->present();
+  }
 }
 
 void Application::on_activate() {

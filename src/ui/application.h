@@ -8,6 +8,7 @@
 #include <gtkmm.h>
 
 #include "intelligence/intelligence_service.h"
+#include "platform/observable.h"
 #include "screen/content_view.h"
 #include "ui/main_window.h"
 #include "ui/settings_window.h"
@@ -54,6 +55,8 @@ class Application : public Gtk::Application {
   void showSettings();
   void openExportHelp();
   void takePictureWhenReady();
+  void presentWhenLoaded();
+  void presentNow();
 
   Configuration configuration_;
   ContentView* screen_ = nullptr;
@@ -62,6 +65,8 @@ class Application : public Gtk::Application {
   std::string failure_;
   sigc::connection pictureTimer_;
   sigc::connection prefetchTimer_;
+  sigc::connection presentTimer_;
+  Subscription firstLoad_;
 };
 
 }  // namespace tidewrack::ui

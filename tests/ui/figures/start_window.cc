@@ -31,13 +31,20 @@ void reportWhenIdle(ContentView& screen) {
 }
 
 void watch(Gtk::Window& window, ContentView& screen) {
-  auto* clock = gtk_widget_get_frame_clock(GTK_WIDGET(window.gobj()));
-  g_signal_connect(clock, "after-paint", G_CALLBACK(+[](GdkFrameClock* painted, gpointer data) {
-                     g_signal_handlers_disconnect_matched(painted, G_SIGNAL_MATCH_DATA, 0, 0, nullptr,
-                                                          nullptr, data);
-                     reportWhenIdle(*static_cast<ContentView*>(data));
-                   }),
-                   &screen);
+  const auto follow = [&window, &screen] {
+    auto* clock = gtk_widget_get_frame_clock(GTK_WIDGET(window.gobj()));
+    g_signal_connect(clock, "after-paint", G_CALLBACK(+[](GdkFrameClock* painted, gpointer data) {
+                       g_signal_handlers_disconnect_matched(painted, G_SIGNAL_MATCH_DATA, 0, 0, nullptr,
+                                                            nullptr, data);
+                       reportWhenIdle(*static_cast<ContentView*>(data));
+                     }),
+                     &screen);
+  };
+  if (window.get_realized()) {
+    follow();
+  } else {
+    window.signal_realize().connect(follow);
+  }
 }
 
 }  // namespace
