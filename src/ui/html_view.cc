@@ -228,10 +228,12 @@ void HTMLView::styleInverted(HTMLAppearance appearance, bool invertContent) {
   if (!invertContent || appearance != HTMLAppearance::dark) {
     return;
   }
-  const std::string rule =
-      "html body { color-scheme: light; color: " + std::string(textColor(HTMLAppearance::light)) + "; }";
+  // The words in place of a picture are turned over twice and so stand on black as they are.
+  const std::string rules =
+      "html body { color-scheme: light; color: " + std::string(textColor(HTMLAppearance::light)) +
+      "; } html body img { color: " + std::string(textColor(HTMLAppearance::dark)) + " !important; }";
   WebKitUserStyleSheet* sheet = webkit_user_style_sheet_new(
-      rule.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME, WEBKIT_USER_STYLE_LEVEL_AUTHOR, nullptr, nullptr);
+      rules.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME, WEBKIT_USER_STYLE_LEVEL_AUTHOR, nullptr, nullptr);
   webkit_user_content_manager_add_style_sheet(manager, sheet);
   webkit_user_style_sheet_unref(sheet);
 }
