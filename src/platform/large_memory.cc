@@ -16,10 +16,9 @@ void prepareLargeMemory(void* memory, std::size_t size) noexcept {
   if (size < largeSize) {
     return;
   }
-  const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-  const auto begin = (reinterpret_cast<std::uintptr_t>(memory) + page - 1) / page * page;
-  const auto end = (reinterpret_cast<std::uintptr_t>(memory) + size) / page * page;
-  madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+  const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  const std::size_t before = (page - reinterpret_cast<std::uintptr_t>(memory) % page) % page;
+  madvise(static_cast<char*>(memory) + before, (size - before) / page * page, MADV_HUGEPAGE);
 }
 
 }  // namespace tidewrack
