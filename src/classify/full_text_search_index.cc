@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "classify/message_text.h"
 #include "classify/token_segment_builder.h"
 #include "classify/tokenizer.h"
 #include "platform/text_numbers.h"
@@ -15,17 +16,6 @@ namespace {
 
 constexpr std::uint32_t nowhere = TokenSegment::dropped;
 constexpr std::size_t mostParts = 6;
-
-/// Whether two messages have the same words for certain. Text and Content are shared between the versions of
-/// a message, so this mostly compares pointers; a false answer only costs a second reading.
-bool haveSameText(const EmailMessage& a, const EmailMessage& b) {
-  const auto sameBody = [](const std::optional<Content>& x, const std::optional<Content>& y) {
-    return x.has_value() == y.has_value() && (!x || x->source() == y->source());
-  };
-  return &a == &b ||
-         (sameBody(a.plainBody, b.plainBody) && sameBody(a.htmlBody, b.htmlBody) && a.subject == b.subject &&
-          a.snippet == b.snippet && a.from == b.from && a.to == b.to && a.cc == b.cc && a.labels == b.labels);
-}
 
 std::vector<std::uint32_t> numbersFrom0(std::size_t count) {
   std::vector<std::uint32_t> numbers(count);
@@ -92,7 +82,7 @@ void FullTextSearchIndex::update(const MessageList& messages) {
     auto& part = data->parts[place.part];
     auto& known = part.messages[place.number];
     if (known != messages[position] &&
-        (known->id != messages[position]->id || !haveSameText(*known, *messages[position]))) {
+        (known->id != messages[position]->id || !haveSameSearchableText(*known, *messages[position]))) {
       return false;
     }
     part.positions[place.number] = static_cast<std::uint32_t>(position);
@@ -261,6 +251,16 @@ std::vector<SearchTokenEntry> FullTextSearchIndex::entries() const {
     }
   }
   return entries;
+}
+
+std::size_t FullTextSearchIndex::messageCount() const {
+  std::size_t count = 0;
+  if (data_) {
+    for (const auto& part : data_->parts) {
+      count += part.present();
+    }
+  }
+  return count;
 }
 
 std::uint64_t FullTextSearchIndex::pairCount() const {

@@ -54,6 +54,8 @@ class FullTextSearchIndex {
   [[nodiscard]] std::unordered_set<Text> matchingMessageIDs(std::string_view query) const;
   /// The same as places, ascending, in the list given last to build, update or align. Costs what it finds.
   [[nodiscard]] std::vector<std::uint32_t> positionsMatching(std::string_view query) const;
+  /// Number of messages of the list given last to build, update or align whose words it holds.
+  [[nodiscard]] std::size_t messageCount() const;
   /// Number of (token, message) pairs held.
   [[nodiscard]] std::uint64_t pairCount() const;
   /// Bytes held, message ids left out.

@@ -385,6 +385,14 @@ Task<> ContentView::bringSearchIndexUpToDate() {
   }
 }
 
+Task<> ContentView::storeMissingTokens() {
+  try {
+    co_await rewriteStoredTokens();
+  } catch (const std::exception& failure) {
+    logger().error("No se pudieron guardar los tokens de búsqueda: %s", {failure.what()});
+  }
+}
+
 void ContentView::refreshDiscoveredLibraries() {
   if (isDiscovering_) {
     discoversAgain_ = true;

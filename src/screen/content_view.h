@@ -251,6 +251,8 @@ class ContentView {
   /// Replaces the stored tokens by those of the loaded messages, once these are indexed. Throws what the
   /// store reports.
   Task<> rewriteStoredTokens();
+  /// The same for tokens that an earlier run had no time to store; what fails is tried at the next start.
+  Task<> storeMissingTokens();
 
   // library_flows.cc
   Task<> renameInStoreAndMemory(MBOXLibrary library, Text name);

@@ -76,6 +76,7 @@ Task<> ContentView::loadStoredMail() {
     index = co_await inBackground(executor, TaskPriority::userInitiated, std::move(load));
   }
   const bool hasTokens = !index.empty();
+  const bool hasTokensOfAll = index.messageCount() == fetched.size();
 
   std::function<void()> justBefore = [this, &loaded, &index] {
     libraries.set(std::move(loaded));
@@ -86,6 +87,8 @@ Task<> ContentView::loadStoredMail() {
   if (!messages().empty() && !hasTokens) {
     co_await rewriteStoredTokens();
     refreshSearchIndexInBackground();
+  } else if (!hasTokensOfAll) {
+    storeMissingTokens();  // Nobody waits for it; the messages are read in the background as it is.
   }
 }
 

@@ -102,6 +102,42 @@ TEST_F(StartupFlow, AMessageThatHasChangedSinceItsTokensWereStoredIsReadAgain) {
   EXPECT_THAT(shownIDs(), ElementsAre("lighthouse"));
 }
 
+TEST_F(StartupFlow, TokensThatWereNeverStoredAreStoredByTheNextStart) {
+  keepsTokens = true;
+  restart();
+  import({archive("a.mbox", {"lighthouse", "harbour"})});
+  // As when the program is killed between the messages and their tokens.
+  sql("UPDATE PersistedEmailMessage SET subject = 'Breakwater' WHERE id = 'harbour'");
+  restart();
+  executor.runUntilIdle();
+  // A third start has no bodies to read, and needs none.
+  sql("DELETE FROM content");
+  restart();
+  executor.runUntilIdle();
+  screen().searchText.set("breakwater");
+  EXPECT_THAT(shownIDs(), ElementsAre("harbour"));
+  screen().searchText.set("text of lighthouse");
+  EXPECT_THAT(shownIDs(), ElementsAre("lighthouse"));
+}
+
+TEST_F(StartupFlow, AFailureWhileStoringMissingTokensShowsNoAlert) {
+  import({archive("a.mbox", {"a1", "a2"})});
+  tokenStore = std::make_unique<FakeTokenStore>();
+  tokenStore->entries = {{"about", "a1"}};
+  tokenStore->fails = true;
+  restart();
+  executor.runUntilIdle();
+  EXPECT_EQ(tokenStore->rewrites, 1);
+  EXPECT_FALSE(screen().importErrorMessage());
+  tokenStore->fails = false;
+  restart();
+  executor.runUntilIdle();
+  EXPECT_EQ(tokenStore->rewrites, 2);
+  restart();
+  executor.runUntilIdle();
+  EXPECT_EQ(tokenStore->rewrites, 2);
+}
+
 TEST_F(StartupFlow, AnEmptyStoreRewritesNoIndexSelectsNothingAndShowsTheWelcome) {
   tokenStore = std::make_unique<FakeTokenStore>();
   ContentView& screen = restart();
