@@ -48,8 +48,10 @@ bench: packages
 	cmake --build --preset bench
 	build/bench/tidewrack-bench $(BENCH_FLAGS)
 	cmake --preset release
-	cmake --build --preset release --target tidewrack-reading-figures tidewrack-window-bench
+	cmake --build --preset release --target tidewrack-reading-figures tidewrack-list-figures \
+	  tidewrack-window-bench
 	$(ON_DISPLAY) build/release/tidewrack-reading-figures
+	$(ON_DISPLAY) build/release/tidewrack-list-figures
 	$(ON_DISPLAY) build/release/tidewrack-window-bench
 
 PAGES = $(or $(MAIL),$(wildcard $(TIDEWRACK_CORPUS)/html/*.html $(TIDEWRACK_CORPUS)/html/*.eml))
