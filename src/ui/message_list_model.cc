@@ -1,18 +1,22 @@
 #include "ui/message_list_model.h"
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace tidewrack::ui {
 
-Glib::RefPtr<MessageListItem> MessageListItem::create(std::shared_ptr<const EmailMessage> message,
-                                                      std::int64_t conversationCount) {
-  return Glib::make_refptr_for_instance(new MessageListItem(std::move(message), conversationCount));
+MessageListItem::MessageListItem(guint position, std::shared_ptr<Alive> alive)
+    : Glib::ObjectBase(typeid(MessageListItem)),
+      message_(std::make_shared<const EmailMessage>()),
+      position_(position),
+      alive_(std::move(alive)) {
+  alive_->emplace(position_, this);
 }
 
-MessageListItem::MessageListItem(std::shared_ptr<const EmailMessage> message, std::int64_t conversationCount)
-    : Glib::ObjectBase(typeid(MessageListItem)),
-      message_(std::move(message)),
-      conversationCount_(conversationCount) {}
+MessageListItem::~MessageListItem() {
+  alive_->erase(position_);
+}
 
 Glib::RefPtr<MessageListModel> MessageListModel::create() {
   return Glib::make_refptr_for_instance(new MessageListModel());
@@ -21,29 +25,45 @@ Glib::RefPtr<MessageListModel> MessageListModel::create() {
 MessageListModel::MessageListModel()
     : Glib::ObjectBase(typeid(MessageListModel)), Gio::ListModel(), Glib::Object() {}
 
-bool MessageListModel::replace(SharedMessageList messages, std::shared_ptr<const ConversationCounts> counts) {
-  if (counts == counts_) {
-    constexpr std::size_t fewRows = 50;
-    if (const auto changes = SharedMessageList::differences(messages_, messages, fewRows)) {
-      messages_ = std::move(messages);
-      for (const auto position : *changes) {
-        items_changed(position, 1, 1);
-      }
-      return true;
-    }
+void MessageListModel::fill(MessageListItem& item) const {
+  if (item.position_ < messages_.size()) {
+    item.message_ = messages_[item.position_];
+    const auto count = counts_->of(item.message_->conversationID);
+    item.conversationCount_ = count == 0 ? 1 : count;
   }
-  const guint before = announced_;
+}
+
+bool MessageListModel::replace(SharedMessageList messages, std::shared_ptr<const ConversationCounts> counts) {
+  constexpr std::size_t fewRows = 50;
+  const auto changes =
+      counts == counts_ ? SharedMessageList::differences(messages_, messages, fewRows) : std::nullopt;
   std::swap(messages_, messages);  // The old list goes at the end, when nobody asks for it any more.
   counts_ = std::move(counts);
-  announced_ = 0;
-  if (before > 0) {
-    items_changed(0, before, 0);
+  // What a row does may drop other items.
+  std::vector<Glib::RefPtr<MessageListItem>> items;
+  items.reserve(alive_->size());
+  for (const auto& [position, item] : *alive_) {
+    if (position < messages_.size() &&
+        (!changes || std::ranges::find(*changes, position) != changes->end())) {
+      item->reference();
+      items.push_back(Glib::make_refptr_for_instance(item));
+    }
   }
-  announced_ = static_cast<guint>(messages_.size());
-  if (announced_ > 0) {
-    items_changed(0, 0, announced_);
+  for (const auto& item : items) {
+    fill(*item);
+    if (item->changed_) {
+      item->changed_();
+    }
   }
-  return false;
+  constexpr guint mostKept = 256;
+  const guint before = announced_;
+  announced_ = messages_.empty() ? std::min(before, mostKept) : static_cast<guint>(messages_.size());
+  if (announced_ > before) {
+    items_changed(before, 0, announced_ - before);
+  } else if (announced_ < before) {
+    items_changed(announced_, before - announced_, 0);
+  }
+  return changes.has_value();
 }
 
 GType MessageListModel::get_item_type_vfunc() {
@@ -58,10 +78,12 @@ gpointer MessageListModel::get_item_vfunc(guint position) {
   if (position >= announced_) {
     return nullptr;
   }
+  if (const auto known = alive_->find(position); known != alive_->end()) {
+    return g_object_ref(known->second->gobj());
+  }
   ++itemsMade_;
-  const auto& message = messages_[position];
-  const auto count = counts_->of(message->conversationID);
-  const auto item = MessageListItem::create(message, count == 0 ? 1 : count);
+  const auto item = Glib::make_refptr_for_instance(new MessageListItem(position, alive_));
+  fill(*item);
   return g_object_ref(item->gobj());
 }
 

@@ -22,7 +22,16 @@ Glib::RefPtr<Gtk::SignalListItemFactory> makeRowFactory(Settings& settings) {
     const auto message = std::dynamic_pointer_cast<MessageListItem>(item->get_item());
     auto* row = dynamic_cast<MessageRowView*>(item->get_child());
     if (message && row != nullptr) {
-      row->show(message->message(), message->conversationCount());
+      const auto show = [row, shown = message.get()] {
+        row->show(shown->message(), shown->conversationCount());
+      };
+      show();
+      message->whenChanged(show);
+    }
+  });
+  factory->signal_unbind().connect([](const Glib::RefPtr<Gtk::ListItem>& item) {
+    if (const auto message = std::dynamic_pointer_cast<MessageListItem>(item->get_item())) {
+      message->whenChanged(nullptr);
     }
   });
   return factory;
@@ -135,6 +144,9 @@ void MessageListView::showMessages() {
   const bool keepsPlaces = model_->replace(messages, counts);
   isUpdating_ = false;
   stack_.set_visible_child(messages.empty() ? emptyPage : listPage);
+  if (!keepsPlaces && scroller_.get_vadjustment()->get_value() > 0) {
+    list_.activate_action("list.scroll-to-item", Glib::Variant<guint32>::create(0));
+  }
   showSelection(!keepsPlaces);
 }
 

@@ -127,7 +127,28 @@ TEST_F(MessageListModelTest, AnEmptyListFollowsAFullOne) {
   runPending();
   model_->replace(SharedMessageList(), makeCounts());
   runPending();
-  EXPECT_EQ(model_->get_n_items(), 0U);
+  EXPECT_EQ(model_->size(), 0U);
+  model_->replace(makeMessages(2, "n"), makeCounts());
+  EXPECT_EQ(model_->get_n_items(), 2U);
+  EXPECT_EQ(std::dynamic_pointer_cast<MessageListItem>(model_->get_object(1))->message().id, "n1");
+}
+
+TEST_F(MessageListModelTest, ARowFollowsTheMessageOfItsPlace) {
+  model_->replace(makeMessages(manyMessages, "m"), makeCounts());
+  runPending();
+  const auto item = std::dynamic_pointer_cast<MessageListItem>(model_->get_object(1));
+  EXPECT_EQ(item->message().id, "m1");
+  const auto before = model_->itemsMade();
+  model_->replace(makeMessages(manyMessages / 2, "n"), makeCounts());
+  runPending();
+  EXPECT_EQ(item->message().id, "n1");
+  EXPECT_EQ(model_->itemsMade(), before) << "no row is made anew";
+  EXPECT_EQ(model_->get_n_items(), static_cast<guint>(manyMessages / 2));
+  model_->replace(SharedMessageList(), makeCounts());
+  model_->replace(makeMessages(1000, "o"), makeCounts());
+  runPending();
+  EXPECT_EQ(item->message().id, "o1");
+  EXPECT_EQ(model_->itemsMade(), before);
 }
 
 }  // namespace

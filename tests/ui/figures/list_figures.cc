@@ -66,7 +66,10 @@ class ListFigures : public WindowTest {
     times.known.push_back(processorMilliseconds() - before);
     ASSERT_TRUE(runUntil([this] { return showsList(); }));
     times.list.push_back(processorMilliseconds() - before);
-    runPending();
+    // A frame is whole when the next one begins.
+    int frames = 0;
+    window_->add_tick_callback([&frames](const Glib::RefPtr<Gdk::FrameClock>&) { return ++frames < 2; });
+    ASSERT_TRUE(runUntil([&] { return frames == 2; }));
     times.picture.push_back(processorMilliseconds() - before);
     settle();
   }
