@@ -342,8 +342,8 @@ Task<> ContentView::rebuildSearchIndex() {
       return index;
     };
     try {
-      FullTextSearchIndex index =
-          co_await inBackground(services_.executor, TaskPriority::utility, std::move(build));
+      const auto priority = importNeedsIndex_ ? TaskPriority::userInitiated : TaskPriority::utility;
+      FullTextSearchIndex index = co_await inBackground(services_.executor, priority, std::move(build));
       releaseInBackground(std::exchange(indexedMessages_, list));
       keepIndexedMessages();
       searchIndex.set(std::move(index));

@@ -277,6 +277,7 @@ class ContentView {
   bool selectsFirstAfterRecompute_ = false;
   std::vector<std::function<void()>> derivedStateWaiters_;
 
+  bool importNeedsIndex_ = false;  ///< The user waits for the search index.
   bool isIndexing_ = false;
   std::exception_ptr indexingFailure_;  ///< Of the last refresh; null when it succeeded.
   std::vector<std::function<void()>> indexWaiters_;

@@ -49,6 +49,7 @@ Task<> ContentView::performImport(std::vector<std::filesystem::path> urls) {
   report(run, ImportProgressStep::preparing);
   showImportStatusSheet.set(true);
   isImporting.set(true);
+  importNeedsIndex_ = true;
   try {
     co_await copyFiles(run);
     co_await parseFiles(run);
@@ -62,6 +63,7 @@ Task<> ContentView::performImport(std::vector<std::filesystem::path> urls) {
     importStatus.set(ImportStatus::Error{failure.what()});
     importErrorMessage.set(failure.what());
   }
+  importNeedsIndex_ = false;
   releaseInBackground(std::move(run.stored));
   services_.executor.post([this] { isImporting.set(false); });
 }
