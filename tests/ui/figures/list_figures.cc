@@ -68,7 +68,8 @@ class ListFigures : public WindowTest {
     times.list.push_back(processorMilliseconds() - before);
     // A frame is whole when the next one begins.
     int frames = 0;
-    window_->add_tick_callback([&frames](const Glib::RefPtr<Gdk::FrameClock>&) { return ++frames < 2; });
+    window_->list().add_tick_callback(
+        [&frames](const Glib::RefPtr<Gdk::FrameClock>&) { return ++frames < 2; });
     ASSERT_TRUE(runUntil([&] { return frames == 2; }));
     times.picture.push_back(processorMilliseconds() - before);
     settle();
