@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include "classify/token_segment_builder.h"
 #include "classify/tokenizer.h"
 #include "classify/variable_numbers.h"
+#include "library/content_reading.h"
 
 namespace tidewrack {
 namespace {
@@ -54,8 +56,14 @@ void prefetchBehind(Messages messages, std::size_t index) {
 }
 
 void collect(Messages messages, TokenSegmentBuilder& builder) {
+  constexpr std::size_t readTogether = 64;
   Tokenizer tokenizer;
+  std::optional<ContentReading> reading;
   for (std::size_t i = 0; i < messages.size(); ++i) {
+    if (i % readTogether == 0) {
+      reading.reset();
+      reading.emplace();
+    }
     prefetchBehind(messages, i);
     builder.beginMessage(messages[i]->id);
     forEachSearchableText(*messages[i], [&](std::string_view text) {

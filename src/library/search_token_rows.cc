@@ -4,12 +4,13 @@
 #include <charconv>
 #include <cstddef>
 #include <limits>
+#include <optional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 
 #include "library/message_store.h"
 #include "platform/sqlite.h"
+#include "platform/text_numbers.h"
 
 namespace tidewrack {
 namespace {
@@ -67,18 +68,22 @@ class RowWriter {
 
 // Each message of the store gets one number at most, and each number one message.
 void writeDocuments(std::span<const Text> messageIDs, SQLiteConnection& connection) {
-  std::unordered_map<std::string_view, std::uint32_t> numbers;
-  numbers.reserve(messageIDs.size());
+  TextNumbers ids;
+  ids.reserve(messageIDs.size());
+  std::vector<std::optional<std::uint32_t>> waiting;  // The number for each id until a message has it.
+  waiting.reserve(messageIDs.size());
   for (std::size_t number = 0; number < messageIDs.size(); ++number) {
-    numbers.try_emplace(messageIDs[number].view(), static_cast<std::uint32_t>(number));
+    if (ids.numberOf(messageIDs[number]) == waiting.size()) {
+      waiting.emplace_back(static_cast<std::uint32_t>(number));
+    }
   }
   std::vector<std::pair<std::int64_t, std::uint32_t>> documents;
-  documents.reserve(messageIDs.size());
+  documents.reserve(waiting.size());
   auto messages = connection.prepare("SELECT id, number FROM message");
-  while (messages.step() && !numbers.empty()) {
-    if (const auto found = numbers.find(messages.bytes(0)); found != numbers.end()) {
-      documents.emplace_back(messages.integer(1), found->second);
-      numbers.erase(found);
+  while (documents.size() < waiting.size() && messages.step()) {
+    if (const auto found = ids.find(messages.bytes(0)); found && waiting[*found]) {
+      documents.emplace_back(messages.integer(1), *waiting[*found]);
+      waiting[*found].reset();
     }
   }
   std::ranges::sort(documents);

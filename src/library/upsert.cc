@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "library/stored_content.h"
+#include "platform/text_numbers.h"
 
 namespace tidewrack {
 namespace {
@@ -40,10 +41,16 @@ std::shared_ptr<EmailMessage> ownRecord(std::shared_ptr<const EmailMessage> mess
 }  // namespace
 
 Upsert::Upsert(const MessageList& messages) : messages_(messages), last_(messages.size()) {
-  std::unordered_map<std::string_view, std::size_t> lastOfID;
+  TextNumbers ids;
+  ids.reserve(messages.size());
+  std::vector<std::size_t> lastOfID;
   lastOfID.reserve(messages.size());
   for (std::size_t place = messages.size(); place-- > 0;) {
-    last_[place] = lastOfID.try_emplace(messages[place]->id.view(), place).first->second;
+    const auto number = ids.numberOf(messages[place]->id);
+    if (number == lastOfID.size()) {
+      lastOfID.push_back(place);
+    }
+    last_[place] = lastOfID[number];
   }
   // The later record overwrites the earlier one, except its category when it has none itself.
   std::vector<std::size_t> places;

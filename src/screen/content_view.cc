@@ -1,10 +1,12 @@
 #include "screen/content_view.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "classify/message_text.h"
 #include "platform/localized.h"
 #include "platform/log.h"
+#include "platform/text_numbers.h"
 
 namespace tidewrack {
 
@@ -16,32 +18,29 @@ const Logger& logger() {
 
 // The present list with `added` put in by id, newest first.
 MessageList merge(const SharedMessageList& present, const MessageList& added) {
-  struct Place {
-    std::shared_ptr<const EmailMessage> message;
-    bool isPlaced = false;
-  };
-  std::unordered_map<Text, Place> places;
-  places.reserve(added.size());
+  TextNumbers ids;
+  ids.reserve(added.size());
+  MessageList waiting;  // The message of each id until it is placed; of two with the same id the later stays.
+  waiting.reserve(added.size());
   for (const auto& message : added) {
-    places[message->id].message = message;  // Of two with the same id the later stays.
+    if (const auto number = ids.numberOf(message->id); number == waiting.size()) {
+      waiting.push_back(message);
+    } else {
+      waiting[number] = message;
+    }
   }
   MessageList merged;
-  merged.reserve(present.size() + places.size());
+  merged.reserve(present.size() + waiting.size());
   for (const auto& message : present) {
-    const auto found = places.find(message->id);
-    if (found == places.end()) {
+    const auto found = ids.find(message->id);
+    if (!found) {
       merged.push_back(message);
-    } else if (!found->second.isPlaced) {
-      found->second.isPlaced = true;
-      merged.push_back(found->second.message);
+    } else if (waiting[*found]) {
+      merged.push_back(std::move(waiting[*found]));
     }
   }
-  for (const auto& message : added) {
-    if (auto& place = places[message->id]; !place.isPlaced) {
-      place.isPlaced = true;
-      merged.push_back(place.message);
-    }
-  }
+  std::ranges::copy_if(waiting, std::back_inserter(merged),
+                       [](const auto& message) { return message != nullptr; });
   sortNewestFirst(merged);
   return merged;
 }
