@@ -1,7 +1,9 @@
 #include "ui/detail_header_view.h"
 
+#include <algorithm>
 #include <array>
 #include <iterator>
+#include <utility>
 #include <variant>
 
 #include "platform/localized.h"
@@ -20,6 +22,7 @@ constexpr int badgeIconSize = 12;
 constexpr int badgeSpacing = 6;
 constexpr int bodyPickerWidth = 220;
 constexpr int longRowHeight = 96;
+constexpr int leastHeight = 96;
 constexpr std::size_t maximumBadges = 100;
 
 constexpr std::array bodyModes = {BodyDisplayMode::text, BodyDisplayMode::html};
@@ -80,10 +83,11 @@ Gtk::Widget* makeBadge(const MessageBadge& badge) {
 }  // namespace
 
 DetailHeaderView::DetailHeaderView(MessageDetail& detail, Settings& settings)
-    : detail_(detail), avatar_(avatarSize, GravatarService::shared(), settings), intelligence_(detail) {
+    : Glib::ObjectBase("TidewrackDetailHeader"),
+      detail_(detail),
+      avatar_(avatarSize, GravatarService::shared(), settings),
+      intelligence_(detail) {
   set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
-  set_propagate_natural_height(true);
-  set_max_content_height(maximumHeight);
   set_vexpand(false);
   column_.add_css_class("detail-header");
   makeTop();
@@ -108,17 +112,30 @@ DetailHeaderView::DetailHeaderView(MessageDetail& detail, Settings& settings)
   showPickers();
 }
 
+Gtk::SizeRequestMode DetailHeaderView::get_request_mode_vfunc() const {
+  return Gtk::SizeRequestMode::HEIGHT_FOR_WIDTH;
+}
+
+void DetailHeaderView::measure_vfunc(Gtk::Orientation orientation, int for_size, int& minimum, int& natural,
+                                     int& minimum_baseline, int& natural_baseline) const {
+  column_.measure(orientation, for_size, minimum, natural, minimum_baseline, natural_baseline);
+  minimum_baseline = -1;
+  natural_baseline = -1;
+  if (orientation == Gtk::Orientation::VERTICAL) {
+    natural = std::min(natural, maximumHeight);
+    minimum = std::min(natural, leastHeight);
+  }
+}
+
 void DetailHeaderView::makeTop() {
   auto* top = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 14);
   avatar_.set_valign(Gtk::Align::START);
   top->append(avatar_);
-  auto* lines = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 8);
-  lines->set_hexpand(true);
+  lines_.set_hexpand(true);
   subject_.label().add_css_class("detail-subject");
   setIdentifier(subject_.label(), "messageDetail.subject");
-  lines->append(subject_);
-  lines->append(rows_);
-  top->append(*lines);
+  lines_.append(subject_);
+  top->append(lines_);
   column_.append(*top);
 }
 
@@ -163,11 +180,22 @@ void DetailHeaderView::showMessage() {
   }
 }
 
+// The rows come in a box of their own each time. GTK remembers that the height of an empty box does not
+// depend on its width, and would lay the first rows out by that.
 void DetailHeaderView::showRows() {
-  removeChildren(rows_);
-  for (const DetailHeaderRow& row : detail_.headerRows()) {
-    rows_.append(*makeRow(row));
+  if (rows_ != nullptr) {
+    lines_.remove(*std::exchange(rows_, nullptr));
   }
+  const auto& rows = detail_.headerRows();
+  if (rows.empty()) {
+    return;
+  }
+  rows_ = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, 4);
+  setIdentifier(*rows_, "messageDetail.rows");
+  for (const DetailHeaderRow& row : rows) {
+    rows_->append(*makeRow(row));
+  }
+  lines_.append(*rows_);
 }
 
 void DetailHeaderView::showBadges() {

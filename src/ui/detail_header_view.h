@@ -23,6 +23,12 @@ class DetailHeaderView : public Gtk::ScrolledWindow {
 
   static constexpr int maximumHeight = 320;
 
+ protected:
+  // As high as the head is at the width it gets: the scroller itself asks for that of the longest lines.
+  Gtk::SizeRequestMode get_request_mode_vfunc() const override;
+  void measure_vfunc(Gtk::Orientation orientation, int for_size, int& minimum, int& natural,
+                     int& minimum_baseline, int& natural_baseline) const override;
+
  private:
   void makeTop();
   void makePickers();
@@ -35,7 +41,8 @@ class DetailHeaderView : public Gtk::ScrolledWindow {
   Gtk::Box column_{Gtk::Orientation::VERTICAL, 12};
   AvatarView avatar_;
   WrappedLabel subject_;
-  Gtk::Box rows_{Gtk::Orientation::VERTICAL, 4};
+  Gtk::Box lines_{Gtk::Orientation::VERTICAL, 8};
+  Gtk::Box* rows_ = nullptr;
   Gtk::Box badges_;
   IntelligenceRowView intelligence_;
   Gtk::Box pickers_{Gtk::Orientation::HORIZONTAL, 12};

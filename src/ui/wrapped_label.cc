@@ -1,9 +1,14 @@
 #include "ui/wrapped_label.h"
 
+#include <algorithm>
+
 namespace tidewrack::ui {
 namespace {
 
 constexpr int anyWidth = 10000;
+// GTK takes a height that it was told for two widths as that of all widths between. So no width may have a
+// smaller height than a larger one, not even that of none, which is asked for before a place is known.
+constexpr int leastWidth = 120;
 
 // Gives its one child the whole place, and is as high as the child is at that width.
 class WrapLayout : public Gtk::LayoutManager {
@@ -24,8 +29,9 @@ class WrapLayout : public Gtk::LayoutManager {
     minimum_baseline = -1;
     natural_baseline = -1;
     if (orientation == Gtk::Orientation::VERTICAL) {
-      widget.get_first_child()->measure(orientation, for_size > 0 ? for_size : anyWidth, minimum, natural,
-                                        minimum_baseline, natural_baseline);
+      const int width = for_size < 0 ? anyWidth : std::max(for_size, leastWidth);
+      widget.get_first_child()->measure(orientation, width, minimum, natural, minimum_baseline,
+                                        natural_baseline);
     }
   }
 

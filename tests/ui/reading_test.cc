@@ -110,6 +110,47 @@ TEST_F(ReadingTest, SubjectRowsAndTextCanBeSelected) {
   EXPECT_EQ(copied, "Text");
 }
 
+TEST_F(ReadingTest, LongRowsAndManyLabelsOfTheHeadTakeTheLinesTheyNeed) {
+  open();
+  import(
+      archive("long.mbox",
+              archivedMessage("Message-ID: <long@example.org>\n"
+                              "From: Wilhelmina Featherstonehaugh-Cholmondeley "
+                              "<wilhelmina.featherstonehaugh@a-very-long-domain-name.example.org>\n"
+                              "To: One Person <one@example.org>, Two Person <two@example.org>, Three Person "
+                              "<three@example.org>, Four Person <four@example.org>\n"
+                              "Subject: Long rows\n"
+                              "X-Gmail-Labels: Inbox,Starred,Important,Family,Receipts,Friends,Newsletters,"
+                              "Travel,Projects,Harbour,Pictures,Holidays,Neighbours\n"
+                              "Content-Type: text/html\n",
+                              "<p>Hello</p>\n")));
+  screen_->dismissImportStatus();
+  ASSERT_TRUE(runUntil([&] { return find("messageDetail.backgroundPicker") != nullptr; }));
+  runPending();
+  auto* rows = find("messageDetail.rows");
+  ASSERT_NE(rows, nullptr);
+  int bottom = 0;
+  int lines = 0;
+  for (auto* row = rows->get_first_child(); row != nullptr; row = row->get_next_sibling()) {
+    const auto place = row->get_allocation();
+    int minimum = 0;
+    int natural = 0;
+    int ignored = 0;
+    // The text itself is asked: a holder that had been measured wrongly would agree with its own height.
+    auto* text = row->get_last_child()->get_first_child();
+    text->measure(Gtk::Orientation::VERTICAL, text->get_width(), minimum, natural, ignored, ignored);
+    EXPECT_GE(text->get_height(), natural);
+    EXPECT_GE(place.get_y(), bottom);
+    bottom = place.get_y() + place.get_height();
+    ++lines;
+  }
+  EXPECT_EQ(lines, 3);
+  auto* header = dynamic_cast<Gtk::ScrolledWindow*>(rows->get_ancestor(GTK_TYPE_SCROLLED_WINDOW));
+  ASSERT_NE(header, nullptr);
+  const auto range = header->get_vadjustment();
+  EXPECT_EQ(range->get_page_size(), range->get_upper()) << "nothing of the head is scrolled away";
+}
+
 TEST_F(ReadingTest, TheZoomKeysChangeThePageAndTheText) {
   open();
   ui::setShortcuts(testApplication());
