@@ -1,6 +1,5 @@
 #include "ui/detail_header_view.h"
 
-#include <algorithm>
 #include <array>
 #include <iterator>
 #include <utility>
@@ -20,9 +19,9 @@ constexpr int avatarSize = 48;
 constexpr int rowIconSize = 14;
 constexpr int badgeIconSize = 12;
 constexpr int badgeSpacing = 6;
+constexpr int lineSpacing = 12;
 constexpr int bodyPickerWidth = 220;
 constexpr int longRowHeight = 96;
-constexpr int leastHeight = 96;
 constexpr std::size_t maximumBadges = 100;
 
 constexpr std::array bodyModes = {BodyDisplayMode::text, BodyDisplayMode::html};
@@ -83,19 +82,18 @@ Gtk::Widget* makeBadge(const MessageBadge& badge) {
 }  // namespace
 
 DetailHeaderView::DetailHeaderView(MessageDetail& detail, Settings& settings)
-    : Glib::ObjectBase("TidewrackDetailHeader"),
+    : Gtk::Box(Gtk::Orientation::VERTICAL, lineSpacing),
       detail_(detail),
       avatar_(avatarSize, GravatarService::shared(), settings),
       intelligence_(detail) {
-  set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
+  add_css_class("detail-header");
   set_vexpand(false);
-  column_.add_css_class("detail-header");
   makeTop();
   badges_.set_layout_manager(ChipFlowLayout::create(badgeSpacing, badgeSpacing));
   column_.append(badges_);
   column_.append(intelligence_);
+  append(scroller_);
   makePickers();
-  set_child(column_);
 
   const auto follow = [this](auto& field, void (DetailHeaderView::*refresh)()) {
     subscriptions_.push_back(field.observe([this, refresh] { (this->*refresh)(); }));
@@ -110,21 +108,6 @@ DetailHeaderView::DetailHeaderView(MessageDetail& detail, Settings& settings)
   showRows();
   showBadges();
   showPickers();
-}
-
-Gtk::SizeRequestMode DetailHeaderView::get_request_mode_vfunc() const {
-  return Gtk::SizeRequestMode::HEIGHT_FOR_WIDTH;
-}
-
-void DetailHeaderView::measure_vfunc(Gtk::Orientation orientation, int for_size, int& minimum, int& natural,
-                                     int& minimum_baseline, int& natural_baseline) const {
-  column_.measure(orientation, for_size, minimum, natural, minimum_baseline, natural_baseline);
-  minimum_baseline = -1;
-  natural_baseline = -1;
-  if (orientation == Gtk::Orientation::VERTICAL) {
-    natural = std::min(natural, maximumHeight);
-    minimum = std::min(natural, leastHeight);
-  }
 }
 
 void DetailHeaderView::makeTop() {
@@ -169,14 +152,14 @@ void DetailHeaderView::makePickers() {
 
   pickers_.append(*bodyPicker_);
   pickers_.append(*backgroundPicker_);
-  column_.append(pickers_);
+  append(pickers_);
 }
 
 void DetailHeaderView::showMessage() {
   if (const auto& message = detail_.message()) {
     avatar_.show(message->from);
     subject_.setText(shortenedLine(message->subject));
-    get_vadjustment()->set_value(0);
+    scroller_.get_vadjustment()->set_value(0);
   }
 }
 

@@ -7,6 +7,7 @@
 #include "platform/observable.h"
 #include "reading/message_detail.h"
 #include "ui/avatar_view.h"
+#include "ui/fitting_scroller.h"
 #include "ui/intelligence_row_view.h"
 #include "ui/segmented_choice.h"
 #include "ui/wrapped_label.h"
@@ -14,20 +15,14 @@
 namespace tidewrack::ui {
 
 /// The head of a message: avatar, subject, the rows under it, the badges, the model's row and the two
-/// pickers. Follows the detail's fields. A head that is higher than `maximumHeight` scrolls by itself, so
-/// that a hundred recipients leave room for the mail.
-class DetailHeaderView : public Gtk::ScrolledWindow {
+/// pickers. Follows the detail's fields. What stands above the pickers scrolls by itself where it is higher
+/// than `maximumHeight`, so that a hundred recipients leave room for the mail.
+class DetailHeaderView : public Gtk::Box {
  public:
   /// Both outlive the view.
   DetailHeaderView(MessageDetail& detail, Settings& settings);
 
   static constexpr int maximumHeight = 320;
-
- protected:
-  // As high as the head is at the width it gets: the scroller itself asks for that of the longest lines.
-  Gtk::SizeRequestMode get_request_mode_vfunc() const override;
-  void measure_vfunc(Gtk::Orientation orientation, int for_size, int& minimum, int& natural,
-                     int& minimum_baseline, int& natural_baseline) const override;
 
  private:
   void makeTop();
@@ -39,6 +34,7 @@ class DetailHeaderView : public Gtk::ScrolledWindow {
 
   MessageDetail& detail_;
   Gtk::Box column_{Gtk::Orientation::VERTICAL, 12};
+  FittingScroller scroller_{column_, maximumHeight};
   AvatarView avatar_;
   WrappedLabel subject_;
   Gtk::Box lines_{Gtk::Orientation::VERTICAL, 8};
