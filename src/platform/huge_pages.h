@@ -6,9 +6,14 @@
 #include <new>
 #include <vector>
 
-#include <sys/mman.h>
-
 namespace tidewrack {
+
+inline constexpr std::size_t hugePageSize = std::size_t{2} << 20U;
+
+/// Tells the system that all of this fresh memory will soon be used, so that it comes in pages of 2 MB: many
+/// megabytes otherwise cost more for their pages, one by one, than for their bytes. A hint only; memory below
+/// the size of such a page is left alone. Safe from any thread.
+void adviseHugePages(void* memory, std::size_t size) noexcept;
 
 /// Asks the system to back great blocks by pages of 2 MB: a table that is read in no order then costs few
 /// walks through the page tables. A system that does not do it serves ordinary pages.
@@ -22,20 +27,21 @@ class HugePageAllocator {
   HugePageAllocator(const HugePageAllocator<Other>&) noexcept {}  // NOLINT(google-explicit-constructor)
 
   T* allocate(std::size_t count) {
-    static_assert(alignof(T) <= pageSize);
+    static_assert(alignof(T) <= hugePageSize);
     const std::size_t bytes = count * sizeof(T);
-    if (bytes < pageSize) {
+    if (bytes < hugePageSize) {
       return std::allocator<T>().allocate(count);
     }
-    void* const block = std::aligned_alloc(pageSize, (bytes + pageSize - 1) / pageSize * pageSize);
+    void* const block =
+        std::aligned_alloc(hugePageSize, (bytes + hugePageSize - 1) / hugePageSize * hugePageSize);
     if (block == nullptr) {
       throw std::bad_alloc();
     }
-    madvise(block, bytes / pageSize * pageSize, MADV_HUGEPAGE);
+    adviseHugePages(block, bytes / hugePageSize * hugePageSize);  // No more than is used.
     return static_cast<T*>(block);
   }
   void deallocate(T* block, std::size_t count) noexcept {
-    if (count * sizeof(T) < pageSize) {
+    if (count * sizeof(T) < hugePageSize) {
       std::allocator<T>().deallocate(block, count);
     } else {
       std::free(block);
@@ -43,9 +49,6 @@ class HugePageAllocator {
   }
 
   friend bool operator==(const HugePageAllocator&, const HugePageAllocator&) noexcept { return true; }
-
- private:
-  static constexpr std::size_t pageSize = std::size_t{2} << 20U;
 };
 
 /// A vector in such memory, for tables.

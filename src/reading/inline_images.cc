@@ -6,7 +6,7 @@
 #include <optional>
 #include <unordered_map>
 
-#include "platform/large_memory.h"
+#include "platform/huge_pages.h"
 #include "reading/base64_writer.h"
 #include "reading/html_document.h"
 
@@ -157,7 +157,7 @@ std::optional<std::string> replaceMatches(std::string_view html, const std::vect
                                           const std::vector<InlineImage>& images, std::size_t size) {
   std::string result;
   result.reserve(size);
-  prepareLargeMemory(result.data(), size);
+  adviseHugePages(result.data(), size);
   std::unordered_map<std::size_t, std::pair<std::size_t, std::size_t>> written;  // image: begin and size
   std::size_t position = 0;
   for (const auto& match : matches) {

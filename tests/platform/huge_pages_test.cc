@@ -1,4 +1,4 @@
-#include "platform/large_memory.h"
+#include "platform/huge_pages.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -9,14 +9,14 @@
 namespace tidewrack {
 namespace {
 
-TEST(PrepareLargeMemory, LeavesEveryByteAsItIsWhereverTheMemoryBegins) {
+TEST(AdviseHugePages, LeavesEveryByteAsItIsWhereverTheMemoryBegins) {
   constexpr std::size_t size = std::size_t{8} << 20U;
   std::string memory(size, 'x');
   for (const std::size_t begin : {std::size_t{0}, std::size_t{1}, std::size_t{4095}, std::size_t{4097}}) {
-    prepareLargeMemory(memory.data() + begin, size - begin);
-    prepareLargeMemory(memory.data() + begin, 100);
+    adviseHugePages(memory.data() + begin, size - begin);
+    adviseHugePages(memory.data() + begin, 100);
   }
-  prepareLargeMemory(memory.data(), 0);
+  adviseHugePages(memory.data(), 0);
   EXPECT_TRUE(std::ranges::all_of(memory, [](char byte) { return byte == 'x'; }));
 }
 
