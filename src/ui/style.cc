@@ -25,6 +25,8 @@ class Sheets {
 
   void install() {
     common_ = add(commonSheet);
+    // The texts of mail are selectable; a popover or a Tab key that comes to one shall not mark all of it.
+    Gtk::Settings::get_for_display(display())->property_gtk_label_select_on_focus() = false;
     AdwStyleManager* manager = adw_style_manager_get_default();
     followAppearance(manager);
     g_signal_connect(manager, "notify::dark",
