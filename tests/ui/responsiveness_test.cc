@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <limits>
+#include <optional>
 #include <string>
 
 #include <time.h>
@@ -14,13 +14,25 @@
 namespace tidewrack {
 namespace {
 
-// The longest that the main loop has not come round, in milliseconds. Time in which the thread was ready to
-// run but the machine ran others does not count.
+// For how long this thread has been ready to run while the machine ran others, in milliseconds: the second
+// number of schedstat, which are nanoseconds. Nothing where the kernel does not say.
+std::optional<double> waitedForProcessor() {
+  double ran = 0;
+  double waited = 0;
+  std::ifstream file("/proc/self/task/" + std::to_string(::gettid()) + "/schedstat");
+  if (!(file >> ran >> waited) || ran == 0) {
+    return std::nullopt;
+  }
+  return waited / 1e6;
+}
+
+// The longest time between two turns of the main loop, in milliseconds, without what the main thread waited
+// for a processor in it: that is the machine's, and says nothing of the program.
 class StallMonitor {
  public:
   StallMonitor() {
     last_ = now();
-    lastWaited_ = waitedForProcessor();
+    lastWaited_ = waitedForProcessor().value_or(0);
     tick_ = Glib::signal_timeout().connect(
         [this] {
           measure();
@@ -40,16 +52,9 @@ class StallMonitor {
     clock_gettime(CLOCK_MONOTONIC, &time);
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
   }
-  // The second number of schedstat: nanoseconds on a run queue.
-  static double waitedForProcessor() {
-    double ran = 0;
-    double waited = 0;
-    std::ifstream("/proc/self/task/" + std::to_string(::gettid()) + "/schedstat") >> ran >> waited;
-    return waited / 1e6;
-  }
   void measure() {
     const double time = now();
-    const double waited = waitedForProcessor();
+    const double waited = waitedForProcessor().value_or(lastWaited_);
     longest_ = std::max(longest_, (time - last_) - (waited - lastWaited_));
     last_ = time;
     lastWaited_ = waited;
@@ -71,6 +76,12 @@ constexpr double allowedMilliseconds = 100;
 
 class ResponsivenessTest : public WindowTest {
  protected:
+  void SetUp() override {
+    if (!waitedForProcessor()) {
+      GTEST_SKIP() << "the kernel does not say how long a thread waits for a processor (schedstat)";
+    }
+  }
+
   std::filesystem::path generated(bench::ArchiveKind kind, std::uint64_t bytes) {
     const std::filesystem::path file = folder_ / "generated.mbox";
     std::ofstream out(file, std::ios::binary);
@@ -80,38 +91,37 @@ class ResponsivenessTest : public WindowTest {
     return file;
   }
 
-  // A stall of the program's own comes with every import, one of a busy machine does not: of up to three
-  // imports, each into a store of its own, the best counts.
-  double longestStallOfAnImport(const std::filesystem::path& file, std::size_t fewestMessages) {
-    constexpr int mostTurns = 3;
-    double best = std::numeric_limits<double>::max();
-    for (int turn = 0; turn < mostTurns && best >= allowedMilliseconds; ++turn) {
-      close();
-      for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
-        if (entry.path() != file) {
-          std::filesystem::remove_all(entry.path());
-        }
-      }
-      open();
-      const StallMonitor monitor;
-      import(file);
-      EXPECT_GT(screen_->messages().size(), fewestMessages);
-      best = std::min(best, monitor.longestMilliseconds());
-      std::printf("longest stall %.1f ms, %zu messages\n", monitor.longestMilliseconds(),
-                  screen_->messages().size());
-    }
-    return best;
+  // With a page on the screen: the first one of a run starts the engine, which waits for processes of its
+  // own.
+  void openWithAPage() {
+    open();
+    import(archive("page.mbox", archivedMessage("Message-ID: <page@example.org>\nContent-Type: text/html\n",
+                                                "<p>Page</p>")));
+    screen_->dismissImportStatus();
+    ASSERT_TRUE(runUntil([this] { return window_->detail().htmlView() != nullptr; }));
+    bool isLoaded = false;
+    sigc::connection loaded = window_->detail().htmlView()->signalLoaded().connect([&] { isLoaded = true; });
+    ASSERT_TRUE(runUntil([&] { return isLoaded; }));
+    loaded.disconnect();
+  }
+
+  void expectNoStallOfAnImport(const std::filesystem::path& file, std::size_t fewestMessages) {
+    openWithAPage();
+    const StallMonitor monitor;
+    import(file);
+    EXPECT_GT(screen_->messages().size(), fewestMessages);
+    EXPECT_LT(monitor.longestMilliseconds(), allowedMilliseconds);
+    std::printf("longest stall %.1f ms, %zu messages\n", monitor.longestMilliseconds(),
+                screen_->messages().size());
   }
 };
 
 TEST_F(ResponsivenessTest, TheWindowNeverStallsWhileABigArchiveIsImported) {
-  const auto file = generated(bench::ArchiveKind::large, archiveBytes());
-  EXPECT_LT(longestStallOfAnImport(file, 100), allowedMilliseconds);
+  expectNoStallOfAnImport(generated(bench::ArchiveKind::large, archiveBytes()), 100);
 }
 
 TEST_F(ResponsivenessTest, TheWindowNeverStallsWhileManySmallMessagesAreImported) {
-  const auto file = generated(bench::ArchiveKind::small, archiveBytes());
-  EXPECT_LT(longestStallOfAnImport(file, 10'000), allowedMilliseconds);
+  expectNoStallOfAnImport(generated(bench::ArchiveKind::small, archiveBytes()), 10'000);
 }
 
 // Kept apart from the tests above: what it allows holds on a busy machine too.
