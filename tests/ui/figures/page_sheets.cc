@@ -1,5 +1,6 @@
 // Draws HTML files and messages as the window shows them, side by side in its modes, on contact sheets:
 //   tidewrack-page-sheets SHEET-FOLDER FILE...
+// and prints which of their texts hardly stand out from what is behind them.
 // A file that ends in ".eml" is a message. Remote pictures are missing: nothing is asked for.
 
 #include <algorithm>
@@ -24,10 +25,10 @@ namespace {
 
 constexpr int pageWidth = 720;
 constexpr int pageHeight = 900;
-constexpr double scale = 0.45;
+constexpr double scale = 0.75;  // Text of 12 pixels can be read.
 constexpr int captionHeight = 22;
 constexpr int gap = 8;
-constexpr int rowsOfSheet = 4;
+constexpr int rowsOfSheet = 2;
 
 /// How the window shows a body: the appearance of the desktop, or a forced background.
 struct Mode {
@@ -83,6 +84,56 @@ Cairo::RefPtr<Cairo::ImageSurface> snapshotOf(WebKitWebView* view) {
   return surface;
 }
 
+// Texts whose contrast to the colour behind them is below 2, a line each: contrast, times, colours, text.
+// Pictures behind a text are not known here. What the forced background turns over counts as turned over.
+constexpr const char* faintTexts = R"js(
+const parts = text => {
+  const n = text.match(/[\d.]+/g).map(Number);
+  return text.startsWith('color(') ? [n[0] * 255, n[1] * 255, n[2] * 255, n[3] ?? 1] : [n[0], n[1], n[2], n[3] ?? 1];
+};
+const linear = value => (value /= 255) <= 0.04045 ? value / 12.92 : ((value + 0.055) / 1.055) ** 2.4;
+const luminance = c => 0.2126 * linear(c[0]) + 0.7152 * linear(c[1]) + 0.0722 * linear(c[2]);
+const turned = (c, times) => times % 2 ? c.slice(0, 3).map(value => 255 - value) : c;
+const over = (c, below) => c.slice(0, 3).map((value, i) => value * c[3] + below[i] * (1 - c[3]));
+const turns = element => {
+  let count = 0;
+  for (let e = element; e; e = e.parentElement) count += getComputedStyle(e).filter.startsWith('invert') ? 1 : 0;
+  return count;
+};
+const behind = element => {
+  const layers = [];
+  for (let e = element; e; e = e.parentElement) {
+    const style = getComputedStyle(e);
+    if (style.backgroundImage !== 'none') return null;
+    const c = parts(style.backgroundColor);
+    if (c[3] > 0) layers.push([...turned(c, turns(e)), c[3]]);
+    if (c[3] === 1) break;
+  }
+  return layers.reverse().reduce((below, c) => over(c, below), [255, 255, 255]);
+};
+const found = new Map();
+const walker = document.createTreeWalker(document.body ?? document.documentElement, NodeFilter.SHOW_TEXT);
+while (walker.nextNode()) {
+  const text = walker.currentNode.data.trim();
+  const element = walker.currentNode.parentElement;
+  const style = getComputedStyle(element);
+  const box = element.getBoundingClientRect();
+  if (!text || style.visibility !== 'visible' || parseFloat(style.fontSize) < 5 || box.width < 4 || box.height < 4) continue;
+  const ground = behind(element);
+  if (!ground) continue;
+  const own = parts(style.color);
+  const shown = over([...turned(own, turns(element)), own[3]], ground);
+  const [a, b] = [luminance(shown), luminance(ground)].sort((x, y) => y - x);
+  const contrast = (a + 0.05) / (b + 0.05);
+  if (contrast >= 2) continue;
+  const key = contrast.toFixed(2) + ' ' + shown.map(Math.round) + ' on ' + ground.map(Math.round);
+  const entry = found.get(key) ?? [0, text.slice(0, 40)];
+  ++entry[0];
+  found.set(key, entry);
+}
+return [...found].map(([key, [count, text]]) => `    ${key} x${count} "${text}"`).join('\n');
+)js";
+
 /// One window with one page, as in the program.
 class Camera {
  public:
@@ -109,6 +160,8 @@ class Camera {
         "await new Promise(done => requestAnimationFrame(() => requestAnimationFrame(done)));");
     return snapshotOf(view_.webView());
   }
+  /// Of the page that the last picture shows.
+  std::string textsThatReadBadly() { return evaluateAsynchronously(view_.webView(), faintTexts); }
 
  private:
   CountingServer nowhere_;
@@ -143,6 +196,9 @@ void drawSheet(Camera& camera, const std::vector<std::filesystem::path>& files, 
       if (!picture) {
         drawCaption(context, "no HTML body", x, y + captionHeight);
         continue;
+      }
+      if (const auto texts = camera.textsThatReadBadly(); !texts.empty()) {
+        std::printf("%s, %s:\n%s\n", files[row].filename().c_str(), modes[column].name, texts.c_str());
       }
       context->save();
       context->translate(x, y + captionHeight);
