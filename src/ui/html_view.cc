@@ -228,10 +228,12 @@ void HTMLView::styleInverted(HTMLAppearance appearance, bool invertContent) {
   if (!invertContent || appearance != HTMLAppearance::dark) {
     return;
   }
-  // The words in place of a picture are turned over twice and so stand on black as they are.
+  // The words in place of a picture are turned over twice and so stand on black as they are, if they do not
+  // stand on a colour that the picture brings along.
   const std::string rules =
       "html body { color-scheme: light; color: " + std::string(textColor(HTMLAppearance::light)) +
-      "; } html body img { color: " + std::string(textColor(HTMLAppearance::dark)) + " !important; }";
+      "; } html body img:not([style*=\"background\"]) { color: " +
+      std::string(textColor(HTMLAppearance::dark)) + " !important; }";
   WebKitUserStyleSheet* sheet = webkit_user_style_sheet_new(
       rules.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME, WEBKIT_USER_STYLE_LEVEL_AUTHOR, nullptr, nullptr);
   webkit_user_content_manager_add_style_sheet(manager, sheet);

@@ -62,7 +62,7 @@ TEST_F(HTMLViewTest, TextWithoutAColourIsReadableOnAForcedBackground) {
   show(
       "<html><head></head><body><p id=a>plain</p><p id=b style='color: rgb(200, 0, "
       "0)'>red</p><a id=c href='https://example.org/'>link<img id=d alt=words style='color: "
-      "black'></a></body></html>");
+      "black'></a><img id=e alt=words style='background: #dddddd; color: #555555'></body></html>");
   window_->detail().detail().setHTMLBackground(HTMLBackgroundPreference::dark);
   // The filter turns black on white into white on black.
   ASSERT_TRUE(runUntil([&] {
@@ -73,6 +73,7 @@ TEST_F(HTMLViewTest, TextWithoutAColourIsReadableOnAForcedBackground) {
   EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('b')).color"), "rgb(200, 0, 0)");
   EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('c')).color"), "rgb(0, 0, 238)");
   EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('d')).color"), "rgb(230, 230, 230)");
+  EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('e')).color"), "rgb(85, 85, 85)");
   window_->detail().detail().setHTMLBackground(HTMLBackgroundPreference::light);
   ASSERT_TRUE(runUntil([&] { return evaluate(view(), "getComputedStyle(document.body).filter") == "none"; }));
   EXPECT_EQ(evaluate(view(), "getComputedStyle(document.getElementById('a')).color"), "rgb(29, 29, 31)");

@@ -118,7 +118,8 @@ while (walker.nextNode()) {
   const element = walker.currentNode.parentElement;
   const style = getComputedStyle(element);
   const box = element.getBoundingClientRect();
-  if (!text || style.visibility !== 'visible' || parseFloat(style.fontSize) < 5 || box.width < 4 || box.height < 4) continue;
+  // Controls are drawn by the theme.
+  if (!text || element.closest('button, select, textarea') || style.visibility !== 'visible' || parseFloat(style.fontSize) < 5 || box.width < 4 || box.height < 4) continue;
   const ground = behind(element);
   if (!ground) continue;
   const own = parts(style.color);
@@ -155,10 +156,16 @@ class Camera {
     view_.update(std::make_shared<const std::string>(*html.html), shown, mode.isForced && own != shown);
     runUntil([&] { return isLoaded; }, 15);
     connection.disconnect();
-    evaluateAsynchronously(
-        view_.webView(),
-        "await new Promise(done => requestAnimationFrame(() => requestAnimationFrame(done)));");
-    return snapshotOf(view_.webView());
+    // A page that is being replaced, or a busy machine, gives no picture.
+    constexpr int mostAttempts = 5;
+    Cairo::RefPtr<Cairo::ImageSurface> taken;
+    for (int attempt = 0; !taken && attempt < mostAttempts; ++attempt) {
+      evaluateAsynchronously(
+          view_.webView(),
+          "await new Promise(done => requestAnimationFrame(() => requestAnimationFrame(done)));");
+      taken = snapshotOf(view_.webView());
+    }
+    return taken;
   }
   /// Of the page that the last picture shows.
   std::string textsThatReadBadly() { return evaluateAsynchronously(view_.webView(), faintTexts); }
@@ -194,7 +201,7 @@ void drawSheet(Camera& camera, const std::vector<std::filesystem::path>& files, 
                   y);
       const auto picture = html.html ? camera.picture(html, modes[column]) : nullptr;
       if (!picture) {
-        drawCaption(context, "no HTML body", x, y + captionHeight);
+        drawCaption(context, html.html ? "no picture" : "no HTML body", x, y + captionHeight);
         continue;
       }
       if (const auto texts = camera.textsThatReadBadly(); !texts.empty()) {
