@@ -3,6 +3,7 @@
 // TIDEWRACK_LANGUAGE is the language, as the setting has it; TIDEWRACK_DARK makes the desktop dark, and the
 // names of the files end in "-dark".
 
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -86,6 +87,45 @@ TEST_F(SheetPictures, ManageLibraries) {
   ASSERT_TRUE(runUntil([] { return alert() != nullptr; }));
   savePicture("rename-library", windowOf(alert()));
   gtk_window_close(alert());
+}
+
+// Deeper and longer than most have them.
+constexpr std::array deepLabels = {
+    "Projects/Harbour extension/Planning permission/Correspondence with the "
+    "council/2024/Objections/Answered/Filed",
+    "Projects/Harbour extension/Planning permission/Correspondence with the council/2024/Objections/Open",
+    "Projects/Harbour extension/Planning permission/Correspondence with the council/2025",
+    "Projects/Harbour extension/Drawings",
+    "Projects/Lighthouse",
+    "Familie/Urlaub/Donaudampfschifffahrtsgesellschaft und andere lange Namen",
+    "\u0627\u0644\u0645\u0634\u0627\u0631\u064a\u0639/\u062a\u0648\u0633\u064a\u0639 "
+    "\u0627\u0644\u0645\u064a\u0646\u0627\u0621"
+    "/\u0627\u0644\u0645\u0631\u0627\u0633\u0644\u0627\u062a/2025",
+    "Receipts",
+};
+
+TEST_F(SheetPictures, LabelOutline) {
+  open();
+  std::string mail;
+  int number = 0;
+  for (const char* label : deepLabels) {
+    for (int copy = 0; copy <= 400 * (number % 3); ++copy) {
+      mail += archivedMessage(
+          "Message-ID: <o" + std::to_string(mail.size()) +
+              "@example.org>\nFrom: Ana <ana@example.org>\nSubject: Plans\nX-Gmail-Labels: " + "Inbox," +
+              label + "\n",
+          "Text");
+    }
+    ++number;
+  }
+  import(archive("Outline.mbox", mail));
+  screen_->dismissImportStatus();
+  const auto lines =
+      std::dynamic_pointer_cast<Gtk::SingleSelection>(find<Gtk::ListView>("sidebar.list")->get_model());
+  for (guint position = 0; position < lines->get_n_items(); ++position) {
+    std::dynamic_pointer_cast<Gtk::TreeListRow>(lines->get_object(position))->set_expanded(true);
+  }
+  saveSheet("label-outline", "sidebar.list");
 }
 
 TEST_F(SheetPictures, DeleteLibrary) {
