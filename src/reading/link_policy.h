@@ -13,10 +13,4 @@ bool mayOpenOutside(std::string_view url);
 /// A text that is no URL may not.
 bool mayLoad(std::string_view url);
 
-/// Whether a host is this computer or belongs to its own network: "localhost", a name without a dot, a name
-/// under ".localhost", ".local", ".internal", ".lan" or ".home.arpa" (RFC 6761, 6762, 8375), or an address
-/// that is loopback, link-local, private, shared (RFC 6598), unspecified or multicast, in IPv4, IPv6 and
-/// IPv4-mapped form. Names are not resolved.
-bool isLocalHost(std::string_view host);
-
 }  // namespace tidewrack

@@ -14,7 +14,7 @@ namespace {
 constexpr std::array allowed = {"^data:", "^cid:", "^about:", "^https?://"};
 
 // Hosts of this computer and of its network, as they stand behind "http://user@": the same ranges as
-// isLocalHost. WebKit hands over addresses in their canonical spelling.
+// isLocalHost (platform/local_host.h). WebKit hands over addresses in their canonical spelling.
 constexpr std::array localNames = {
     R"([^./:\[]*\.?)",  // a name without a dot, "localhost" among them
     R"([^/:]*\.localhost\.?)", R"([^/:]*\.local\.?)",      R"([^/:]*\.internal\.?)",
@@ -38,6 +38,7 @@ constexpr std::array localAddresses = {
     AddressRange{"172.1[6-9]", 2},
     AddressRange{"172.2[0-9]", 2},
     AddressRange{"172.3[01]", 2},
+    AddressRange{"192.0.0", 1},
     AddressRange{"192.168", 2},
     AddressRange{"22[4-9]", 3},
     AddressRange{"23[0-9]", 3},

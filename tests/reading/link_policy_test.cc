@@ -67,12 +67,5 @@ TEST(MayLoad, ThisComputerAndItsNetworkDoNotLoad) {
   }
 }
 
-TEST(IsLocalHost, NeighbouringRangesAreNotLocal) {
-  for (const char* host : {"172.15.0.1", "172.32.0.1", "192.167.1.1", "100.63.0.1", "100.128.0.1", "11.0.0.1",
-                           "2606:4700::1111", "example.org", "localhost.example.org", "local.example"}) {
-    EXPECT_FALSE(isLocalHost(host)) << host;
-  }
-}
-
 }  // namespace
 }  // namespace tidewrack
