@@ -65,7 +65,7 @@ void keepCopyItems(WebKitContextMenu* menu) {
 
 }  // namespace
 
-HTMLView::HTMLView() {
+HTMLView::HTMLView(std::shared_ptr<const GuardedProxy> proxy) : proxy_(std::move(proxy)) {
   set_expand(true);
   cancellable_ = g_cancellable_new();
   makeView();
@@ -88,15 +88,24 @@ HTMLView::~HTMLView() {
   g_object_unref(view_);
 }
 
-void HTMLView::makeView() {
+WebKitNetworkSession* HTMLView::makeSession() const {
   WebKitNetworkSession* session = webkit_network_session_new_ephemeral();
   webkit_cookie_manager_set_accept_policy(webkit_network_session_get_cookie_manager(session),
                                           WEBKIT_COOKIE_POLICY_ACCEPT_NEVER);
+  // The engine hands names over as they are; without the proxy it reaches nothing.
+  WebKitNetworkProxySettings* proxy = webkit_network_proxy_settings_new(proxy_->address().c_str(), nullptr);
+  webkit_network_session_set_proxy_settings(session, WEBKIT_NETWORK_PROXY_MODE_CUSTOM, proxy);
+  webkit_network_proxy_settings_free(proxy);
   g_signal_connect(session, "download-started",
                    G_CALLBACK(+[](WebKitNetworkSession*, WebKitDownload* download, gpointer) {
                      webkit_download_cancel(download);
                    }),
                    nullptr);
+  return session;
+}
+
+void HTMLView::makeView() {
+  WebKitNetworkSession* session = makeSession();
   WebKitSettings* settings = makeSettings();
   WebKitUserContentManager* manager = webkit_user_content_manager_new();
   view_ = WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, "settings", settings,

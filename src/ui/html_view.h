@@ -7,6 +7,7 @@
 #include <gtkmm.h>
 #include <webkit/webkit.h>
 
+#include "platform/guarded_proxy.h"
 #include "reading/html_load_memory.h"
 #include "ui/page_watch.h"
 
@@ -14,11 +15,12 @@ namespace tidewrack::ui {
 
 /// Shows an HTML body. One for a window, reused for every message. What a mail does leaves no trace on disk
 /// and reaches neither this computer's services nor those of its network: the session is ephemeral, a
-/// content filter stands between the page and the network, and nothing loads before that filter is attached.
-/// Main thread only.
+/// content filter stands between the page and the network, nothing loads before that filter is attached, and
+/// every connection goes through a proxy that looks at the addresses behind a name. Main thread only.
 class HTMLView : public Gtk::Box {
  public:
-  HTMLView();
+  /// `proxy` is held as long as the view lives.
+  explicit HTMLView(std::shared_ptr<const GuardedProxy> proxy = GuardedProxy::shared());
   ~HTMLView() override;
   HTMLView(const HTMLView&) = delete;
   HTMLView& operator=(const HTMLView&) = delete;
@@ -53,6 +55,7 @@ class HTMLView : public Gtk::Box {
 
  private:
   void makeView();
+  [[nodiscard]] WebKitNetworkSession* makeSession() const;
   void refuseEverythingElse();
   void applyAppearance(HTMLAppearance appearance);
   void load(const std::string& document);
@@ -79,6 +82,7 @@ class HTMLView : public Gtk::Box {
   static constexpr int mostPages = 250;
   static constexpr int pagesBeforePause = 20;
 
+  std::shared_ptr<const GuardedProxy> proxy_;
   WebKitWebView* view_ = nullptr;
   std::unique_ptr<PageWatch> watch_;
   std::chrono::milliseconds patience_ = usualPatience;

@@ -2,6 +2,7 @@
 
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include <webkit/webkit.h>
 
@@ -92,20 +93,32 @@ std::string replaced(std::string text, const std::string& what, const std::strin
   return text;
 }
 
-std::string pageOf(const Way& way, const CountingServer& server) {
+/// A page that tries this way to a host, which is given with its port.
+std::string pageOf(const Way& way, const std::string& host) {
   const std::string page = std::string("<!doctype html><html><head>") + way.head +
                            "</head><body><p id=text>text</p>" + way.body + "</body></html>";
-  return replaced(replaced(page, "@AT", server.address()), "@HOST", server.host());
+  return replaced(replaced(page, "@AT", "http://" + host), "@HOST", host);
 }
 
 class HostileMail : public PageTest, public testing::WithParamInterface<Way> {};
 
 TEST_P(HostileMail, ReachesNoServiceOfThisComputer) {
   const CountingServer server;
-  show(pageOf(GetParam(), server));
+  show(pageOf(GetParam(), server.host()));
   letPageSettle(page());
   EXPECT_EQ(server.visits(), 0) << testing::PrintToString(server.requests());
   EXPECT_EQ(evaluated("document.getElementById('text').textContent"), "text");
+}
+
+// A public name may belong to any address; whose name it is decides.
+TEST_P(HostileMail, ReachesNoServiceOfThisComputerByAPublicName) {
+  const CountingServer server;
+  GuardedProxyOptions options;
+  options.resolve = [](const std::string&, GCancellable*) { return std::vector<std::string>{"127.0.0.1"}; };
+  goThrough(options);
+  show(pageOf(GetParam(), "tracker.example:" + std::to_string(server.port())));
+  letPageSettle(page());
+  EXPECT_EQ(server.visits(), 0) << testing::PrintToString(server.requests());
 }
 
 // The ways lead to a server indeed where nothing stands between.
@@ -116,7 +129,7 @@ TEST_P(HostileMail, ReachesAServerOfThisComputerFromAnUnprotectedPage) {
   const CountingServer server;
   GtkWidget* unprotected = webkit_web_view_new();
   present(*Glib::wrap(unprotected));
-  webkit_web_view_load_html(WEBKIT_WEB_VIEW(unprotected), pageOf(GetParam(), server).c_str(), nullptr);
+  webkit_web_view_load_html(WEBKIT_WEB_VIEW(unprotected), pageOf(GetParam(), server.host()).c_str(), nullptr);
   EXPECT_TRUE(runUntil([&] { return server.visits() > 0; }, 20));
 }
 

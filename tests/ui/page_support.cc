@@ -132,7 +132,7 @@ void PageTest::present(Gtk::Widget& widget) {
 
 ui::HTMLView& PageTest::view() {
   if (!view_) {
-    view_ = std::make_unique<ui::HTMLView>();
+    view_ = std::make_unique<ui::HTMLView>(proxy_);
     present(*view_);
   }
   return *view_;

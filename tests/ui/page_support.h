@@ -9,6 +9,7 @@
 #include <gtkmm.h>
 #include <webkit/webkit.h>
 
+#include "platform/guarded_proxy.h"
 #include "ui/html_view.h"
 #include "ui/window_fixture.h"
 
@@ -64,6 +65,8 @@ class PageTest : public WidgetTest {
   ~PageTest() override;
 
   void present(Gtk::Widget& widget);
+  /// Makes the protected view go through this proxy; to be said before its first use.
+  void goThrough(const GuardedProxyOptions& options) { proxy_ = std::make_shared<GuardedProxy>(options); }
   /// Shows a document in the protected view, which is made when first asked for, and waits for its load.
   void show(const std::string& html);
   ui::HTMLView& view();
@@ -72,6 +75,7 @@ class PageTest : public WidgetTest {
 
  private:
   Gtk::Window window_;
+  std::shared_ptr<const GuardedProxy> proxy_ = GuardedProxy::shared();
   std::unique_ptr<ui::HTMLView> view_;
 };
 
