@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <bit>
-#include <thread>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
 #include "platform/huge_pages.h"
+#include "platform/two_threads.h"
 
 namespace tidewrack {
 namespace {
@@ -200,30 +200,30 @@ LabelClassification LabelTally::classification(const LabelSets& sets,
 
 LabelClassification LabelClassification::classify(const MessageList& messages) {
   std::vector<std::size_t> places;
-  std::thread second;
-  if (messages.size() >= worthASecondThread) {
-    second = std::thread([&] { places = repeatedPlaces(messages); });
-  } else {
-    places = repeatedPlaces(messages);
-  }
   LabelSets sets;
   std::vector<LabelSets::Number> labels;
-  labels.reserve(messages.size());
-  forEachAhead(
-      messages, [](const EmailMessage& message) -> const std::vector<Text>& { return message.labels; },
-      [](const std::vector<Text>& own) { return own.data(); },
-      [&](const std::vector<Text>& own) { labels.push_back(sets.numberOf(own)); });
-  sets.sortNodes();
-  std::vector<std::int64_t> counts(sets.size());
-  for (const auto number : labels) {
-    ++counts[number];
-  }
   LabelTally tally;
-  for (LabelSets::Number number = 0; number < counts.size(); ++number) {
-    tally.add(sets, number, counts[number]);
-  }
-  if (second.joinable()) {
-    second.join();
+  const auto findRepeated = [&] { places = repeatedPlaces(messages); };
+  const auto countLabels = [&] {
+    labels.reserve(messages.size());
+    forEachAhead(
+        messages, [](const EmailMessage& message) -> const std::vector<Text>& { return message.labels; },
+        [](const std::vector<Text>& own) { return own.data(); },
+        [&](const std::vector<Text>& own) { labels.push_back(sets.numberOf(own)); });
+    sets.sortNodes();
+    std::vector<std::int64_t> counts(sets.size());
+    for (const auto number : labels) {
+      ++counts[number];
+    }
+    for (LabelSets::Number number = 0; number < counts.size(); ++number) {
+      tally.add(sets, number, counts[number]);
+    }
+  };
+  if (messages.size() < worthASecondThread) {
+    findRepeated();
+    countLabels();
+  } else {
+    doTogether(countLabels, findRepeated);
   }
   std::vector<LabelTally::Repeated> repeated;
   repeated.reserve(places.size());

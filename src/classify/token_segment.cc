@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
-#include <thread>
 #include <utility>
 
 #include "classify/message_text.h"
@@ -11,6 +10,7 @@
 #include "classify/tokenizer.h"
 #include "classify/variable_numbers.h"
 #include "library/content_reading.h"
+#include "platform/two_threads.h"
 
 namespace tidewrack {
 namespace {
@@ -71,6 +71,7 @@ void collect(Messages messages, TokenSegmentBuilder& builder) {
       builder.settle();
     });
   }
+  builder.sort();
 }
 
 }  // namespace
@@ -126,11 +127,29 @@ std::shared_ptr<const TokenSegment> TokenSegment::merge(std::span<const MergePar
     merged->postingEnds_.push_back(merged->postings_.size());
     merged->pairCount_ += numbers.size();
   }
-  merged->tokenBytes_.shrink_to_fit();
-  merged->postings_.shrink_to_fit();
-  merged->tokenEnds_.shrink_to_fit();
-  merged->postingEnds_.shrink_to_fit();
+  merged->shrinkToFit();
   return merged;
+}
+
+void TokenSegment::append(const TokenSegment& above) {
+  const auto appendEnds = [](std::vector<std::uint64_t>& ends, std::span<const std::uint64_t> others,
+                             std::size_t base) {
+    ends.reserve(ends.size() + others.size());
+    for (const auto end : others) {
+      ends.push_back(base + end);
+    }
+  };
+  appendEnds(tokenEnds_, above.tokenEnds_, tokenBytes_.size());
+  appendEnds(postingEnds_, above.postingEnds_, postings_.size());
+  tokenBytes_ += above.tokenBytes_;
+  postings_ += above.postings_;
+}
+
+void TokenSegment::shrinkToFit() {
+  tokenBytes_.shrink_to_fit();
+  postings_.shrink_to_fit();
+  tokenEnds_.shrink_to_fit();
+  postingEnds_.shrink_to_fit();
 }
 
 std::string_view TokenSegment::token(std::size_t index) const {
@@ -177,24 +196,8 @@ std::shared_ptr<const TokenSegment> TokenSegment::build(Messages messages) {
   }
   const auto half = messages.size() / 2;
   TokenSegmentBuilder second;
-  std::exception_ptr failure;
-  std::thread other([&] {
-    try {
-      collect(messages.subspan(half), second);
-    } catch (...) {
-      failure = std::current_exception();
-    }
-  });
-  try {
-    collect(messages.first(half), builder);
-  } catch (...) {
-    other.join();
-    throw;
-  }
-  other.join();
-  if (failure) {
-    std::rethrow_exception(failure);
-  }
+  doTogether([&] { collect(messages.first(half), builder); },
+             [&] { collect(messages.subspan(half), second); });
   return builder.finishWith(second);
 }
 
@@ -224,10 +227,7 @@ void TokenSegmentLoader::add(std::string_view token, std::span<const std::uint32
 
 std::shared_ptr<const TokenSegment> TokenSegmentLoader::finish(std::vector<Text> messageIDs) {
   segment_->messageIDs_ = std::move(messageIDs);
-  segment_->tokenBytes_.shrink_to_fit();
-  segment_->tokenEnds_.shrink_to_fit();
-  segment_->postings_.shrink_to_fit();
-  segment_->postingEnds_.shrink_to_fit();
+  segment_->shrinkToFit();
   return std::exchange(segment_, std::make_shared<TokenSegment>());
 }
 

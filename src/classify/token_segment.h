@@ -45,6 +45,10 @@ class TokenSegment {
   friend class TokenSegmentBuilder;
   friend class TokenSegmentLoader;
 
+  /// Puts the tokens of another segment of the same messages, all above the own ones, behind them.
+  void append(const TokenSegment& above);
+  void shrinkToFit();
+
   std::vector<Text> messageIDs_;
   std::string tokenBytes_;
   std::vector<std::uint64_t> tokenEnds_;  // Where each token ends in tokenBytes_.

@@ -5,11 +5,18 @@
 #include <utility>
 
 #include "classify/variable_numbers.h"
+#include "platform/two_threads.h"
 
 namespace tidewrack {
 namespace {
 
 constexpr std::size_t firstSlots = 1024;
+
+// The first bytes of a text, up to eight, as a number that is ordered as they are. Eight can be read.
+std::uint64_t startOf(const char* text, std::size_t size) {
+  const auto spare = 8 * (hashWord - std::min(size, hashWord));
+  return __builtin_bswap64(loadWord(text)) >> spare << spare;
+}
 
 }  // namespace
 
@@ -87,28 +94,61 @@ void TokenSegmentBuilder::settle() {
   pairCount_ += grownCount;
 }
 
-std::vector<std::uint32_t> TokenSegmentBuilder::sortedEntries() const {
-  // Most tokens differ in their first bytes, which stand here in the order that makes their numbers ascend
-  // as they do.
-  struct Place {
-    std::uint64_t beginning;
-    std::uint32_t entry;
-  };
-  std::vector<Place> order(tokenEnds_.size());
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    const auto token = tokenOf(i);
-    order[i].entry = static_cast<std::uint32_t>(i);
-    for (std::size_t at = 0; at < hashWord; ++at) {
-      const auto byte = at < token.size() ? static_cast<unsigned char>(token[at]) : 0U;
-      order[i].beginning = order[i].beginning << 8U | byte;
-    }
+void TokenSegmentBuilder::sort() {
+  settle();
+  slots_ = {};
+  // So that sixteen bytes can be read at each token.
+  tokenBytes_.append(2 * hashWord, '\0');
+  sorted_.resize(tokenEnds_.size());
+  std::size_t begin = 0;
+  for (std::size_t entry = 0; entry < sorted_.size(); ++entry) {
+    const char* const token = &tokenBytes_[begin];
+    const std::size_t size = tokenEnds_[entry] - begin;
+    sorted_[entry] = {startOf(token, size), size > hashWord ? startOf(token + hashWord, size - hashWord) : 0,
+                      static_cast<std::uint32_t>(entry)};
+    begin = tokenEnds_[entry];
   }
-  std::ranges::sort(order, [this](const Place& a, const Place& b) {
-    return a.beginning != b.beginning ? a.beginning < b.beginning : tokenOf(a.entry) < tokenOf(b.entry);
-  });
-  std::vector<std::uint32_t> entries(order.size());
-  std::ranges::transform(order, entries.begin(), &Place::entry);
-  return entries;
+  std::ranges::sort(sorted_, [this](const Sorted& a, const Sorted& b) { return compare(a, *this, b) < 0; });
+  isSorted_ = true;
+}
+
+std::strong_ordering TokenSegmentBuilder::compare(const Sorted& own, const TokenSegmentBuilder& behind,
+                                                  const Sorted& other) const {
+  if (own.first != other.first) {
+    return own.first <=> other.first;
+  }
+  if (own.second != other.second) {
+    return own.second <=> other.second;
+  }
+  return tokenOf(own.entry) <=> behind.tokenOf(other.entry);
+}
+
+void TokenSegmentBuilder::join(std::span<const Sorted> own, const TokenSegmentBuilder& behind,
+                               std::span<const Sorted> others, TokenSegment& segment) const {
+  const auto base = static_cast<std::uint32_t>(messageIDs_.size());
+  auto& postings = segment.postings_;
+  while (!own.empty() || !others.empty()) {
+    const auto order = others.empty() ? std::strong_ordering::less
+                       : own.empty()  ? std::strong_ordering::greater
+                                      : compare(own.front(), behind, others.front());
+    segment.tokenBytes_ += order <= 0 ? tokenOf(own.front().entry) : behind.tokenOf(others.front().entry);
+    segment.tokenEnds_.push_back(segment.tokenBytes_.size());
+    std::uint32_t last = 0;
+    if (order <= 0) {
+      const auto entry = own.front().entry;
+      appendNumber(postings, numbers_.first(entry));
+      numbers_.writeRest(entry, postings);
+      last = numbers_.last(entry);
+      own = own.subspan(1);
+    }
+    if (order >= 0) {
+      const auto entry = others.front().entry;
+      appendNumber(postings, base + behind.numbers_.first(entry) - last);
+      behind.numbers_.writeRest(entry, postings);
+      others = others.subspan(1);
+    }
+    segment.postingEnds_.push_back(postings.size());
+  }
 }
 
 std::shared_ptr<const TokenSegment> TokenSegmentBuilder::finish() {
@@ -117,51 +157,43 @@ std::shared_ptr<const TokenSegment> TokenSegmentBuilder::finish() {
 }
 
 std::shared_ptr<const TokenSegment> TokenSegmentBuilder::finishWith(TokenSegmentBuilder& behind) {
-  settle();
-  behind.settle();
-  // The entries of this builder come first, then those that only the other one has.
-  constexpr auto none = static_cast<std::uint32_t>(-1);
-  const std::size_t ownEntries = tokenEnds_.size();
-  std::vector<std::uint32_t> entryBehind(ownEntries, none);
-  for (std::uint32_t entry = 0; entry < behind.tokenEnds_.size(); ++entry) {
-    const auto token = behind.tokenOf(entry);
-    const Key key = keyOf(token, endsOf(token));
-    Slot& slot = slotFor(token, key);
-    if (slot.size == 0) {
-      insert(slot, token, key, 0);
-      entryBehind.push_back(entry);
-    } else {
-      entryBehind[slot.entry] = entry;
+  for (auto* builder : {this, &behind}) {
+    if (!builder->isSorted_) {
+      builder->sort();
     }
   }
-  slots_.clear();
-  const auto base = static_cast<std::uint32_t>(messageIDs_.size());
   auto segment = std::make_shared<TokenSegment>();
+  const auto reserve = [&](TokenSegment& part, std::size_t divisor) {
+    const auto tokens = tokenEnds_.size() + behind.tokenEnds_.size();
+    part.tokenBytes_.reserve((tokenBytes_.size() + behind.tokenBytes_.size()) / divisor);
+    part.tokenEnds_.reserve(tokens / divisor);
+    part.postingEnds_.reserve(tokens / divisor);
+    // Most numbers take one byte.
+    part.postings_.reserve((pairCount_ + behind.pairCount_ + tokens * longestNumber) / divisor);
+  };
+  reserve(*segment, 1);
+  const std::span<const Sorted> own(sorted_);
+  const std::span<const Sorted> others(behind.sorted_);
+  constexpr std::size_t worthTwoThreads = 4096;
+  if (own.size() < worthTwoThreads) {
+    join(own, behind, others, *segment);
+  } else {
+    // The words below one from the middle, and the rest.
+    const auto ownMiddle = own.size() / 2;
+    const auto cut = std::ranges::partition_point(
+        others, [&](const Sorted& other) { return compare(own[ownMiddle], behind, other) > 0; });
+    const auto othersMiddle = static_cast<std::size_t>(cut - others.begin());
+    TokenSegment rest;
+    reserve(rest, 2);
+    doTogether([&] { join(own.first(ownMiddle), behind, others.first(othersMiddle), *segment); },
+               [&] { join(own.subspan(ownMiddle), behind, others.subspan(othersMiddle), rest); });
+    segment->append(rest);
+  }
   segment->messageIDs_ = std::move(messageIDs_);
   segment->messageIDs_.insert(segment->messageIDs_.end(), behind.messageIDs_.begin(),
                               behind.messageIDs_.end());
   segment->pairCount_ = pairCount_ + behind.pairCount_;
-  segment->tokenBytes_.reserve(tokenBytes_.size());
-  segment->tokenEnds_.reserve(tokenEnds_.size());
-  segment->postingEnds_.reserve(tokenEnds_.size());
-  auto& postings = segment->postings_;
-  postings.reserve(segment->pairCount_ + tokenEnds_.size() * longestNumber);  // Most numbers take one byte.
-  for (const auto entry : sortedEntries()) {
-    segment->tokenBytes_ += tokenOf(entry);
-    segment->tokenEnds_.push_back(segment->tokenBytes_.size());
-    std::uint32_t last = 0;
-    if (entry < ownEntries) {
-      appendNumber(postings, numbers_.first(entry));
-      numbers_.writeRest(entry, postings);
-      last = numbers_.last(entry);
-    }
-    if (const auto other = entryBehind[entry]; other != none) {
-      appendNumber(postings, base + behind.numbers_.first(other) - last);
-      behind.numbers_.writeRest(other, postings);
-    }
-    segment->postingEnds_.push_back(postings.size());
-  }
-  postings.shrink_to_fit();
+  segment->shrinkToFit();
   return segment;
 }
 

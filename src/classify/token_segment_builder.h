@@ -1,9 +1,11 @@
 #pragma once
 
 #include <array>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +30,8 @@ class TokenSegmentBuilder {
   void addRoomyToken(std::string_view token) { wait(token, endsOfRoomy(token)); }
   /// Takes the tokens in that were added. They wait so that the memory of several is asked for at once.
   void settle();
+  /// Brings the tokens into order; no more come. `finish` does it where this was not called.
+  void sort();
   /// The segment; the builder is spent.
   [[nodiscard]] std::shared_ptr<const TokenSegment> finish();
   /// The segment with everything that `behind` has collected, its messages behind those of this builder. Both
@@ -65,8 +69,17 @@ class TokenSegmentBuilder {
   /// The place of the token, or the empty one where it belongs.
   [[nodiscard]] Slot& slotFor(std::string_view token, const Key& key);
   void insert(Slot& slot, std::string_view token, const Key& key, std::uint32_t number);
-  /// The entries in the order of their tokens.
-  [[nodiscard]] std::vector<std::uint32_t> sortedEntries() const;
+  /// An entry with the beginning of its token, which tells most of them apart.
+  struct Sorted {
+    std::uint64_t first;   // Eight bytes, the first one highest.
+    std::uint64_t second;  // The next eight. Zeros where the token has ended, which are in none.
+    std::uint32_t entry;
+  };
+  [[nodiscard]] std::strong_ordering compare(const Sorted& own, const TokenSegmentBuilder& behind,
+                                             const Sorted& other) const;
+  /// Puts these tokens of both builders behind those of the segment.
+  void join(std::span<const Sorted> own, const TokenSegmentBuilder& behind, std::span<const Sorted> others,
+            TokenSegment& segment) const;
   void grow();
 
   static constexpr std::size_t mostWaiting = 32;
@@ -76,6 +89,8 @@ class TokenSegmentBuilder {
   std::string tokenBytes_;
   std::vector<std::size_t> tokenEnds_;
   TokenNumbers numbers_;  // A list for each entry.
+  std::vector<Sorted> sorted_;
+  bool isSorted_ = false;
   std::vector<Text> messageIDs_;
   std::uint64_t pairCount_ = 0;
   std::array<Waiting, mostWaiting> waiting_;

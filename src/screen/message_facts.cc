@@ -1,10 +1,10 @@
 #include "screen/message_facts.h"
 
 #include <algorithm>
-#include <thread>
 #include <utility>
 
 #include "classify/search_filters.h"
+#include "platform/two_threads.h"
 
 namespace tidewrack {
 namespace {
@@ -64,9 +64,7 @@ class MessageFacts::Builder {
       fillIdentities();
       fillContents();
     } else {
-      std::thread second([this] { fillIdentities(); });
-      fillContents();
-      second.join();
+      doTogether([this] { fillContents(); }, [this] { fillIdentities(); });
     }
     auto facts = std::make_shared<MessageFacts>();
     facts->list_ = list_;
