@@ -21,6 +21,13 @@ HeadlessScreen::HeadlessScreen(Search search) {
   executor_.runUntil([this] { return !screen_->isIndexing(); });
 }
 
+HeadlessScreen::~HeadlessScreen() {
+  // The process ends next, and the system takes the messages back in one piece; to free them one by one
+  // takes far longer.
+  static auto* const kept = new SharedMessageList;
+  *kept = screen_->messages();
+}
+
 const MBOXLibrary& HeadlessScreen::library(const std::string& id) const {
   const auto& libraries = screen_->libraries();
   const auto found = std::find_if(libraries.begin(), libraries.end(),

@@ -22,6 +22,9 @@ class HeadlessScreen {
   /// Opens the store and loads what it holds, as the window does when it appears. Throws Failure, for
   /// example when the window has the store open.
   explicit HeadlessScreen(Search search = Search::without);
+  ~HeadlessScreen();
+  HeadlessScreen(const HeadlessScreen&) = delete;
+  HeadlessScreen& operator=(const HeadlessScreen&) = delete;
 
   [[nodiscard]] ContentView& screen() { return *screen_; }
   /// The library with this id. Throws Failure when there is none.

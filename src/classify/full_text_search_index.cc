@@ -1,9 +1,9 @@
 #include "classify/full_text_search_index.h"
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
 #include <numeric>
-#include <unordered_map>
 #include <utility>
 
 #include "classify/message_text.h"
@@ -23,7 +23,48 @@ std::vector<std::uint32_t> numbersFrom0(std::size_t count) {
   return numbers;
 }
 
+// Distinct numbers in any order. Many of them are sorted by marking them in a row of bits.
+void sortPositions(std::vector<std::uint32_t>& positions) {
+  if (std::ranges::is_sorted(positions)) {
+    return;
+  }
+  constexpr std::size_t wordBits = 64;
+  const std::size_t words = *std::ranges::max_element(positions) / wordBits + 1;
+  if (positions.size() < words) {
+    std::ranges::sort(positions);
+    return;
+  }
+  std::vector<std::uint64_t> marks(words);
+  for (const auto position : positions) {
+    marks[position / wordBits] |= std::uint64_t{1} << (position % wordBits);
+  }
+  positions.clear();
+  for (std::size_t word = 0; word < words; ++word) {
+    for (auto left = marks[word]; left != 0; left &= left - 1) {
+      positions.push_back(
+          static_cast<std::uint32_t>(word * wordBits + static_cast<std::size_t>(std::countr_zero(left))));
+    }
+  }
+}
+
 }  // namespace
+
+CollectedWords CollectedWords::ofSaved(std::shared_ptr<const TokenSegment> segment,
+                                       const MessageList& saved) {
+  CollectedWords collected;
+  const auto& ids = segment->messageIDs();
+  collected.messages.reserve(ids.size());
+  // Each replaced message stands in `saved` as the one that replaces it, so that either will do.
+  for (const auto& message : saved) {
+    if (collected.messages.size() < ids.size() && message->id == ids[collected.messages.size()]) {
+      collected.messages.push_back(message);
+    }
+  }
+  if (collected.messages.size() == ids.size()) {
+    collected.segment = std::move(segment);
+  }
+  return collected;
+}
 
 /// A segment and where its messages stand in the list that the index speaks of. A message that is no longer
 /// there stands nowhere.
@@ -49,8 +90,8 @@ void FullTextSearchIndex::build(const MessageList& messages) {
   data_ = std::move(data);
 }
 
-void FullTextSearchIndex::update(const MessageList& messages) {
-  if (!data_) {
+void FullTextSearchIndex::update(const MessageList& messages, const CollectedWords& collected) {
+  if (!data_ && !collected.segment) {
     build(messages);
     return;
   }
@@ -58,7 +99,22 @@ void FullTextSearchIndex::update(const MessageList& messages) {
     std::uint32_t part = nowhere;
     std::uint32_t number = 0;
   };
-  auto data = std::make_shared<Data>(*data_);
+  auto data = data_ ? std::make_shared<Data>(*data_) : std::make_shared<Data>();
+  if (collected.segment) {
+    // As if their messages had stood behind all others so far.
+    const auto count = collected.messages.size();
+    Part part{collected.segment, numbersFrom0(count), collected.messages};
+    std::uint32_t behind = 0;
+    for (const auto& other : data->parts) {
+      for (const auto position : other.positions) {
+        behind = position == nowhere ? behind : std::max(behind, position + 1);
+      }
+    }
+    for (auto& position : part.positions) {
+      position += behind;
+    }
+    data->parts.push_back(std::move(part));
+  }
   // Most lists differ little from the one before: whoever stands where he stood is found without his id.
   std::vector<Place> earlier;
   for (std::size_t p = 0; p < data->parts.size(); ++p) {
@@ -96,16 +152,19 @@ void FullTextSearchIndex::update(const MessageList& messages) {
       moved.push_back(static_cast<std::uint32_t>(i));
     }
   }
-  std::unordered_map<Text, Place> elsewhere;
+  TextNumbers ids;
+  std::vector<Place> elsewhere;  // By the number of the id; of several the last, which is the newest.
   for (const Place& place : earlier) {
     if (place.part != nowhere && !moved.empty()) {
-      elsewhere.emplace(data->parts[place.part].messages[place.number]->id, place);
+      const auto id = ids.numberOf(data->parts[place.part].messages[place.number]->id);
+      elsewhere.resize(ids.size());
+      elsewhere[id] = place;
     }
   }
   Part fresh;
   for (const auto position : moved) {
-    const auto found = elsewhere.find(messages[position]->id);
-    if (found == elsewhere.end() || !keep(found->second, position)) {
+    const auto id = ids.find(messages[position]->id.view());
+    if (!id || !keep(elsewhere[*id], position)) {
       fresh.messages.push_back(messages[position]);
       fresh.positions.push_back(position);
     }
@@ -169,8 +228,7 @@ std::shared_ptr<const TokenSegment> FullTextSearchIndex::asOneSegment() {
     return nullptr;
   }
   const auto& first = data_->parts.front();
-  if (data_->parts.size() > 1 || !std::ranges::is_sorted(first.positions) ||
-      std::ranges::find(first.positions, nowhere) != first.positions.end()) {
+  if (data_->parts.size() > 1 || std::ranges::find(first.positions, nowhere) != first.positions.end()) {
     auto data = std::make_shared<Data>(*data_);
     mergeParts(*data);
     data_ = std::move(data);
@@ -328,9 +386,7 @@ std::vector<std::uint32_t> FullTextSearchIndex::positionsMatching(std::string_vi
   forEachMatch(query, [&positions](const Part& part, std::uint32_t number) {
     positions.push_back(part.positions[number]);
   });
-  if (!std::ranges::is_sorted(positions)) {
-    std::ranges::sort(positions);
-  }
+  sortPositions(positions);
   return positions;
 }
 

@@ -21,6 +21,16 @@ struct SearchTokenEntry {
   friend bool operator==(const SearchTokenEntry&, const SearchTokenEntry&) = default;
 };
 
+/// Words that were collected before their messages got into the list.
+struct CollectedWords {
+  std::shared_ptr<const TokenSegment> segment;  ///< Null for none.
+  MessageList messages;                         ///< By their numbers in the segment.
+
+  /// The words of the messages of a save, which left out those that a later one of the same id replaces;
+  /// `saved` is what the save gave back.
+  static CollectedWords ofSaved(std::shared_ptr<const TokenSegment> segment, const MessageList& saved);
+};
+
 /// An inverted index from normalised words to messages. Whole tokens, all of them required; no prefixes, no
 /// ranking. An immutable value once built: copying copies a pointer. Safe to read from any thread.
 class FullTextSearchIndex {
@@ -30,8 +40,9 @@ class FullTextSearchIndex {
 
   /// Discards what the index holds and indexes the list. Reads each body once.
   void build(const MessageList& messages);
-  /// Ends as build(messages) does, but reads only the messages that are new or whose text has changed.
-  void update(const MessageList& messages);
+  /// Ends as build(messages) does, but reads only the messages that are new or whose text has changed. Of
+  /// those it spares itself what `collected` has.
+  void update(const MessageList& messages, const CollectedWords& collected = {});
   /// Discards what the index holds and fills it from the entries.
   void load(const std::vector<SearchTokenEntry>& entries);
   /// Takes `messages` as the list that `positionsMatching` speaks of, without reading any text: messages are
@@ -40,8 +51,8 @@ class FullTextSearchIndex {
   void align(const MessageList& messages);
   /// An index of words that were collected before; align gives it its list.
   static FullTextSearchIndex ofSegment(std::shared_ptr<const TokenSegment> segment);
-  /// Everything that the index holds as one segment, with its messages in the order of the list. What it
-  /// takes to make one stays in the index. Null when the index is empty.
+  /// Everything that the index holds as one segment. What it takes to make one stays in the index. Null when
+  /// the index is empty.
   std::shared_ptr<const TokenSegment> asOneSegment();
   /// One entry for each pair, in no particular order.
   [[nodiscard]] std::vector<SearchTokenEntry> entries() const;

@@ -51,7 +51,8 @@ void apply(const CategoryChange& change, MessageStore::Writing& writing) {
 
 /// Commits one more change of a context together with what is pending there, in one transaction. After a
 /// failure everything is pending. Gives the stored form of the messages when the change is an upsert.
-MessageList save(StoreChange change, ModelContext& context, const SaveProgress& progress) {
+MessageList save(StoreChange change, ModelContext& context, const SaveProgress& progress = {},
+                 const WhileSaving& whileSaving = {}) {
   auto& changes = context.pending().changes;
   changes.push_back(std::move(change));
 
@@ -71,7 +72,12 @@ MessageList save(StoreChange change, ModelContext& context, const SaveProgress& 
       if (&each != &*first) {
         upsert = std::make_unique<Upsert>(list->messages);
       }
-      upsert->write(writing, &each == &changes.back() ? progress : SaveProgress());
+      if (&each == &changes.back()) {
+        upsert->accompany(whileSaving);
+        upsert->write(writing, progress);
+      } else {
+        upsert->write(writing, {});
+      }
     } else {
       std::visit(
           [&](const auto& kind) {
@@ -110,19 +116,20 @@ MessageList fetchMessages(std::string_view libraryID, ModelContext& context) {
   return messages;
 }
 
-MessageList saveMessages(MessageList messages, ModelContext& context, const SaveProgress& progress) {
+MessageList saveMessages(MessageList messages, ModelContext& context, const SaveProgress& progress,
+                         const WhileSaving& whileSaving) {
   if (messages.empty()) {
     return messages;
   }
-  return save(UpsertChange{std::move(messages)}, context, progress);
+  return save(UpsertChange{std::move(messages)}, context, progress, whileSaving);
 }
 
 void deleteMessages(std::string_view libraryID, ModelContext& context) {
-  save(DeleteChange{std::string(libraryID)}, context, {});
+  save(DeleteChange{std::string(libraryID)}, context);
 }
 
 void renameMessages(std::string_view libraryID, const Text& newName, ModelContext& context) {
-  save(RenameChange{std::string(libraryID), newName}, context, {});
+  save(RenameChange{std::string(libraryID), newName}, context);
 }
 
 std::optional<PersistedEmailMessage> fetchMessage(std::string_view messageID, ModelContext& context) {
@@ -143,7 +150,7 @@ std::optional<PersistedEmailMessage> fetchMessage(std::string_view messageID, Mo
 
 void updateCategory(std::string_view messageID, const std::optional<Text>& category, ModelContext& context) {
   if (fetchMessage(messageID, context)) {
-    save(CategoryChange{std::string(messageID), category}, context, {});
+    save(CategoryChange{std::string(messageID), category}, context);
   }
 }
 

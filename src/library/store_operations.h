@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string_view>
 
 #include "library/model_container.h"
@@ -27,6 +29,12 @@ MessageList fetchMessages(std::string_view libraryID, ModelContext& context);
 /// Called on the saving thread with the number of messages written so far.
 using SaveProgress = std::function<void(std::size_t saved)>;
 
+/// Work on the messages that are being written which goes on beside the writing, on a thread of its own. It
+/// is called once, with those of the list that no later one of the same id replaces, in the order of the
+/// list and as they were given: their Contents are still those of the archive. Must not throw, and keeps
+/// nothing of the list.
+using WhileSaving = std::function<void(std::span<const std::shared_ptr<const EmailMessage>> written)>;
+
 /// Inserts the messages, or updates the stored ones of the same id (across all libraries), all in one
 /// transaction: after a failure or a crash nothing of the call is in the store, and the list stays pending in
 /// the context. Of two messages with the same id in the list the later wins. A stored category stays when the
@@ -35,10 +43,11 @@ using SaveProgress = std::function<void(std::size_t saved)>;
 ///
 /// Gives a list of the same length and order whose Contents refer to the stored rows, so that the archive
 /// can be let go; of messages with the same id each place holds the later one. A caller who moves his list in
-/// spares a second list.
+/// spares a second list. `whileSaving` has ended when the operation has, after a failure too.
 ///
 /// Two stored rows with the same id stop the process: nothing but this operation writes ids.
-MessageList saveMessages(MessageList messages, ModelContext& context, const SaveProgress& progress = {});
+MessageList saveMessages(MessageList messages, ModelContext& context, const SaveProgress& progress = {},
+                         const WhileSaving& whileSaving = {});
 
 /// Deletes the messages of a library with their attachments. An unknown id is no failure.
 void deleteMessages(std::string_view libraryID, ModelContext& context);

@@ -61,8 +61,42 @@ Upsert::Upsert(const MessageList& messages) : messages_(messages), last_(message
       earlierCategories_[last_[place]] = *messages[place]->category;
     }
   }
+  replacedCount_ = messages.size() - places.size();
   written_.resize(messages.size());
   decoder_ = std::make_unique<DecodeAhead>(messages, std::move(places));
+}
+
+Upsert::~Upsert() {
+  decoder_->stop();
+  waitForOtherWork();
+}
+
+void Upsert::accompany(const WhileSaving& whileSaving) {
+  if (whileSaving) {
+    otherWork_ = std::thread([this, whileSaving] { workBeside(whileSaving); });
+  }
+}
+
+void Upsert::workBeside(const WhileSaving& whileSaving) {
+  // Writing takes longest, and decoding must stay ahead of it: two cores have no time for more until all is
+  // decoded.
+  if (std::thread::hardware_concurrency() <= 2 && !decoder_->waitForAll()) {
+    return;
+  }
+  if (replacedCount_ == 0) {
+    whileSaving(messages_);
+    return;
+  }
+  MessageList written;
+  written.reserve(messages_.size() - replacedCount_);
+  forEachWritten([&](std::size_t place) { written.push_back(messages_[place]); });
+  whileSaving(written);
+}
+
+void Upsert::waitForOtherWork() {
+  if (otherWork_.joinable()) {
+    otherWork_.join();
+  }
 }
 
 template <typename Function>
@@ -117,7 +151,8 @@ void Upsert::write(MessageStore::Writing& writing, const SaveProgress& progress)
   }
 }
 
-void Upsert::refer(MessageList& messages, const std::shared_ptr<MessageStore>& store) const {
+void Upsert::refer(MessageList& messages, const std::shared_ptr<MessageStore>& store) {
+  waitForOtherWork();
   StoredContents storedContents(store);
   const auto contentAt = [&](const ContentPlace& place) {
     return storedContents.content(place.number, place.size);

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <thread>
 #include <unordered_map>
 #include <vector>
 
@@ -20,23 +21,33 @@ class Upsert {
  public:
   explicit Upsert(const MessageList& messages);
 
+  ~Upsert();
+  Upsert(const Upsert&) = delete;
+  Upsert& operator=(const Upsert&) = delete;
+
   /// Whether all that there is to write fits into the memory of the decoder. Waits until that is known.
   bool isSmall() { return decoder_->fitsIntoMemory(); }
+  /// Lets other work go on beside the writing that follows; null for none. Once.
+  void accompany(const WhileSaving& whileSaving);
   /// Writes the list in the transaction of the caller. Once.
   void write(MessageStore::Writing& writing, const SaveProgress& progress);
   /// Lets each record of `messages`, which is the list given to the constructor, give way to its stored
-  /// form. For after the commit.
-  void refer(MessageList& messages, const std::shared_ptr<MessageStore>& store) const;
+  /// form. For after the commit. Waits until the other work has ended.
+  void refer(MessageList& messages, const std::shared_ptr<MessageStore>& store);
 
  private:
   template <typename Function>
   void forEachWritten(Function function) const;
+  void workBeside(const WhileSaving& whileSaving);
+  void waitForOtherWork();
 
   const MessageList& messages_;
+  std::size_t replacedCount_ = 0;
   std::vector<std::size_t> last_;  // For each place the last place with the same id: its record is written.
   std::unordered_map<std::size_t, Text> earlierCategories_;  // Of a written record without one of its own.
   std::vector<WrittenContents> written_;                     // For each place that is written.
   std::unique_ptr<DecodeAhead> decoder_;
+  std::thread otherWork_;
 };
 
 }  // namespace tidewrack

@@ -336,8 +336,8 @@ Task<> ContentView::rebuildSearchIndex() {
   indexingFailure_ = nullptr;
   while (!indexedMessages_.isSame(messages())) {
     const SharedMessageList list = messages();
-    auto build = [list, index = searchIndex()]() mutable {
-      index.update(list);
+    auto build = [list, index = searchIndex(), collected = std::exchange(collectedWords_, {})]() mutable {
+      index.update(list, collected);
       return index;
     };
     try {
@@ -422,9 +422,9 @@ Task<> ContentView::discover() {
   isDiscovering_ = false;
 }
 
-Task<> ContentView::mergeIntoMessages(SharedMessageList list) {
+Task<> ContentView::mergeIntoMessages(SharedMessageList list, std::function<void()> justBefore) {
   MessagesChange change = [list](const SharedMessageList& present) { return merge(present, list); };
-  co_await changeMessages(std::move(change), nullptr);
+  co_await changeMessages(std::move(change), std::move(justBefore));
 }
 
 Task<> ContentView::replaceMessages(SharedMessageList list, std::function<void()> justBefore) {

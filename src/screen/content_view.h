@@ -163,8 +163,8 @@ class ContentView {
   /// Makes `list`, which is sorted newest first, the loaded messages. Goes through the background like
   /// mergeIntoMessages; `justBefore` runs on the main thread right before the assignment.
   Task<> replaceMessages(SharedMessageList list, std::function<void()> justBefore);
-  /// Puts messages into `messages`: each replaces the one of its id or is added.
-  Task<> mergeIntoMessages(SharedMessageList list);
+  /// Puts messages into `messages`: each replaces the one of its id or is added. `justBefore` as above.
+  Task<> mergeIntoMessages(SharedMessageList list, std::function<void()> justBefore = nullptr);
   /// Shows a toast at once, in place of any other.
   void showToast(Toast toast) { currentToast.set(std::move(toast)); }
   /// The status panel's button.
@@ -282,6 +282,7 @@ class ContentView {
   std::exception_ptr indexingFailure_;  ///< Of the last refresh; null when it succeeded.
   std::vector<std::function<void()>> indexWaiters_;
   SharedMessageList indexedMessages_;  ///< The list that `searchIndex` was built from.
+  CollectedWords collectedWords_;      ///< Of messages that the next refresh of the index finds new.
 
   bool isDiscovering_ = false;
   bool discoversAgain_ = false;

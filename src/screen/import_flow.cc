@@ -1,9 +1,12 @@
 #include <algorithm>
 #include <iterator>
+#include <span>
 
+#include "classify/token_segment.h"
 #include "library/store_operations.h"
 #include "mail/mbox_importer.h"
 #include "platform/localized.h"
+#include "platform/log.h"
 #include "screen/content_view.h"
 
 namespace tidewrack {
@@ -11,6 +14,33 @@ namespace tidewrack {
 namespace {
 
 constexpr std::size_t spotlightBatchSize = 50;
+
+struct SavedMessages {
+  MessageList messages;
+  CollectedWords words;  // None where nobody asked for them.
+};
+
+// The words are collected while the messages are being written.
+SavedMessages save(MessageList parsed, bool collectsWords, ModelContext& context) {
+  SavedMessages saved;
+  std::shared_ptr<const TokenSegment> segment;
+  WhileSaving collect;
+  if (collectsWords) {
+    collect = [&segment](std::span<const std::shared_ptr<const EmailMessage>> written) {
+      try {
+        segment = TokenSegment::build(written);
+      } catch (const std::exception& failure) {
+        // The index reads the stored messages instead.
+        Logger::of("ContentView").error("No se pudieron reunir las palabras: %s", {failure.what()});
+      }
+    };
+  }
+  saved.messages = saveMessages(std::move(parsed), context, {}, collect);
+  if (segment) {
+    saved.words = CollectedWords::ofSaved(std::move(segment), saved.messages);
+  }
+  return saved;
+}
 
 }  // namespace
 
@@ -119,15 +149,20 @@ Task<> ContentView::parseFiles(ImportRun& run) {
 
 Task<> ContentView::saveMessages(ImportRun& run) {
   report(run, ImportProgressStep::savingMessages);
+  CollectedWords words;
   {
     const auto turn = co_await modelContextLock_.turn(services_.executor);
     // The parsed records become the stored ones, and let the mapped archives go.
-    auto save = [parsed = std::move(run.parsed), context = modelContext_]() mutable {
-      return tidewrack::saveMessages(std::move(parsed), *context);
+    auto work = [parsed = std::move(run.parsed), context = modelContext_,
+                 collectsWords = services_.maintainsSearchIndex || services_.tokenStore]() mutable {
+      return save(std::move(parsed), collectsWords, *context);
     };
-    run.stored = co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(save));
+    auto saved = co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(work));
+    run.stored = std::move(saved.messages);
+    words = std::move(saved.words);
   }
-  co_await mergeIntoMessages(run.stored);
+  std::function<void()> justBefore = [this, &words] { collectedWords_ = std::move(words); };
+  co_await mergeIntoMessages(run.stored, std::move(justBefore));
 }
 
 Task<> ContentView::indexMessages(ImportRun& run) {

@@ -1,12 +1,15 @@
 #include "classify/full_text_search_index.h"
 
 #include <algorithm>
+#include <map>
 #include <random>
 #include <set>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "classify/token_segment.h"
 #include "platform/alphanumerics.h"
 #include "platform/unicode.h"
 #include "platform/utf8.h"
@@ -345,6 +348,91 @@ TEST(FullTextSearchIndex, AnUpdateReadsOnlyWhatIsNewOrHasChangedItsText) {
   EXPECT_EQ(body->reads, 1);
   EXPECT_THAT(index.positionsMatching("counted"), ElementsAre(1U));
   EXPECT_THAT(index.positionsMatching("new"), ElementsAre(0U));
+}
+
+TEST(FullTextSearchIndex, AnUpdateDoesNotReadWhatWasCollectedBefore) {
+  const auto body = std::make_shared<CountedBody>();
+  auto first = std::make_shared<EmailMessage>();
+  first->id = "1";
+  first->plainBody = Content(body);
+  const MessageList saved = {first, message("2", "other")};
+  FullTextSearchIndex index;
+  index.update({saved[1], saved[0]}, CollectedWords::ofSaved(TokenSegment::build(saved), saved));
+  EXPECT_EQ(body->reads, 1);
+  EXPECT_THAT(index.positionsMatching("counted"), ElementsAre(1U));
+  EXPECT_THAT(index.positionsMatching("other"), ElementsAre(0U));
+}
+
+TEST(FullTextSearchIndex, CollectedWordsOfAListThatDoesNotBelongToThemAreNotUsed) {
+  const MessageList collectedFrom = {message("1", "one"), message("2", "two")};
+  EXPECT_EQ(CollectedWords::ofSaved(TokenSegment::build(collectedFrom), {collectedFrom[0]}).segment, nullptr);
+  // The same ids with other texts.
+  const auto collected = CollectedWords::ofSaved(TokenSegment::build(collectedFrom), collectedFrom);
+  FullTextSearchIndex index;
+  index.update({message("1", "uno"), message("3", "tres")}, collected);
+  EXPECT_THAT(index.positionsMatching("one"), IsEmpty());
+  EXPECT_THAT(index.positionsMatching("uno"), ElementsAre(0U));
+  EXPECT_EQ(index.messageCount(), 2U);
+}
+
+TEST(FullTextSearchIndex, AnUpdateWithCollectedWordsEndsAsAFullBuild) {
+  std::mt19937 random(11);
+  std::map<std::string, std::shared_ptr<const EmailMessage>> byID;
+  FullTextSearchIndex updated;
+  for (int round = 0; round < 40; ++round) {
+    // Each save brings new messages, earlier ones with other texts, and some ids twice.
+    MessageList saved;
+    for (int i = 0; i < 30; ++i) {
+      const auto id = std::to_string(random() % 300);
+      const auto body = "word" + std::to_string(random() % 9) + " common" + std::to_string(random() % 3);
+      saved.push_back(message(id.c_str(), body.c_str()));
+      byID[id.c_str()] = saved.back();
+    }
+    MessageList written;
+    for (auto& place : saved) {
+      const bool isReplaced = std::exchange(place, byID[place->id.string()]) != place;
+      if (!isReplaced) {
+        written.push_back(place);
+      }
+    }
+    const auto collected = CollectedWords::ofSaved(TokenSegment::build(written), saved);
+    ASSERT_EQ(collected.messages, written);
+    MessageList messages;
+    for (const auto& [id, each] : byID) {
+      messages.push_back(each);
+    }
+    std::ranges::shuffle(messages, random);
+    updated.update(messages, collected);
+    const auto built = indexOf(messages);
+    ASSERT_EQ(sortedEntries(updated), sortedEntries(built)) << "round " << round;
+    ASSERT_EQ(updated.messageCount(), messages.size());
+    for (const auto* query : {"common1", "word3", "word3 common2", "ana"}) {
+      ASSERT_EQ(updated.positionsMatching(query), built.positionsMatching(query)) << query;
+    }
+  }
+}
+
+TEST(FullTextSearchIndex, PlacesComeInOrderFromManyAndFewMessagesInAnyOrder) {
+  std::mt19937 random(5);
+  MessageList messages;
+  for (int i = 0; i < 5000; ++i) {
+    const std::string body =
+        std::string("common") + (i % 1000 == 7 ? " rare" : "") + (i % 2 == 0 ? " even" : "");
+    messages.push_back(message(std::to_string(i).c_str(), body.c_str()));
+  }
+  const auto collected = CollectedWords::ofSaved(TokenSegment::build(messages), messages);
+  std::ranges::shuffle(messages, random);
+  FullTextSearchIndex index;
+  index.update(messages, collected);
+  for (const auto* query : {"common", "rare", "even"}) {
+    std::vector<std::uint32_t> expected;
+    for (std::uint32_t place = 0; place < messages.size(); ++place) {
+      if (messages[place]->plainBody->bytes().find(query) != std::string::npos) {
+        expected.push_back(place);
+      }
+    }
+    EXPECT_EQ(index.positionsMatching(query), expected) << query;
+  }
 }
 
 TEST(FullTextSearchIndex, LoadedEntriesFindTheirPlacesInAList) {

@@ -1,5 +1,7 @@
 #include "library/pending_changes.h"
 
+#include <atomic>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -71,6 +73,29 @@ TEST_F(PendingChanges, ALaterSaveOnTheSameContextCommitsWhatAFailedOneLeft) {
   ModelContext fresh = container_->newContext();
   EXPECT_THAT(ids(fresh), ElementsAre("old", "new"));
   EXPECT_EQ(*fetchAllMessages(fresh)[1]->plainBody, *big("new").plainBody);
+}
+
+TEST_F(PendingChanges, AFailedSaveOfMoreThanFitsIntoMemoryEndsTheWorkBesideItToo) {
+  fillDisk();
+  MessageList messages;
+  const auto body = Content::ofBytes(std::string(8'000'000, 'b'));
+  for (int i = 0; i < 12; ++i) {
+    EmailMessage message = sampleMessage(std::to_string(i));
+    message.plainBody = body;
+    messages.push_back(shared(message));
+  }
+  std::atomic<bool> isUnderWay = false;
+  EXPECT_THROW(saveMessages(messages, context_, {},
+                            [&](auto written) {
+                              isUnderWay = true;
+                              EXPECT_THAT(written, SizeIs(12));
+                              isUnderWay = false;
+                            }),
+               StoreFailure);
+  EXPECT_FALSE(isUnderWay);
+  emptyDisk();
+  updateCategory("old", Text("Travel"), context_);
+  EXPECT_THAT(ids(context_), SizeIs(13));
 }
 
 TEST_F(PendingChanges, ASaveOnAnotherContextDoesNotCommitThem) {

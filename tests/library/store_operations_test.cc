@@ -1,6 +1,7 @@
 #include "library/store_operations.h"
 
 #include <algorithm>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -95,6 +96,28 @@ TEST_P(StoreOperations, SavingGivesTheSameRecordsOverTheStoredRows) {
   EXPECT_NE(stored[0]->plainBody->source(), messages[0]->plainBody->source());
   EXPECT_NE(stored[0]->attachments[1].data.source(), messages[0]->attachments[1].data.source());
   EXPECT_EQ(stored[0]->attachments[1].data.size(), 70'000U);
+}
+
+TEST_P(StoreOperations, TheWorkBesideASaveSeesEachWrittenMessageOnceAndAsItWasGiven) {
+  const EmailMessage earlier = sampleMessage("a");
+  EmailMessage later = sampleMessage("a", "L2");
+  later.subject = "Later";
+  const MessageList messages = {shared(earlier), shared(sampleMessage("b")), shared(later)};
+  MessageList seen;
+  const auto thread = std::this_thread::get_id();
+  const MessageList stored = saveMessages(messages, context_, {}, [&](auto written) {
+    EXPECT_NE(std::this_thread::get_id(), thread);
+    seen.assign(written.begin(), written.end());
+  });
+  EXPECT_THAT(seen, ElementsAre(messages[1], messages[2]));
+  EXPECT_THAT(stored, SizeIs(3));
+}
+
+TEST_P(StoreOperations, TheWorkBesideASaveOfDistinctMessagesSeesTheListItself) {
+  const MessageList messages = {shared(sampleMessage("b")), shared(sampleMessage("a"))};
+  MessageList seen;
+  saveMessages(messages, context_, {}, [&](auto written) { seen.assign(written.begin(), written.end()); });
+  EXPECT_EQ(seen, messages);
 }
 
 TEST_P(StoreOperations, SavingTheSameListTwiceLeavesTheSameNumberOfRowsAndAttachmentsAreReplaced) {
