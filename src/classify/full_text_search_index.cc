@@ -152,23 +152,27 @@ void FullTextSearchIndex::update(const MessageList& messages, const CollectedWor
       moved.push_back(static_cast<std::uint32_t>(i));
     }
   }
+  std::erase_if(earlier, [&](const Place& place) { return moved.empty() || place.part == nowhere; });
   TextNumbers ids;
+  ids.reserve(earlier.size());
   std::vector<Place> elsewhere;  // By the number of the id; of several the last, which is the newest.
-  for (const Place& place : earlier) {
-    if (place.part != nowhere && !moved.empty()) {
-      const auto id = ids.numberOf(data->parts[place.part].messages[place.number]->id);
-      elsewhere.resize(ids.size());
-      elsewhere[id] = place;
-    }
-  }
+  elsewhere.reserve(earlier.size());
+  const auto idAt = [&](std::size_t i) -> const Text& {
+    return data->parts[earlier[i].part].messages[earlier[i].number]->id;
+  };
+  ids.numberEach(earlier.size(), idAt, [&](std::size_t i, TextNumbers::Number id) {
+    elsewhere.resize(ids.size());
+    elsewhere[id] = earlier[i];
+  });
   Part fresh;
-  for (const auto position : moved) {
-    const auto id = ids.find(messages[position]->id.view());
-    if (!id || !keep(elsewhere[*id], position)) {
-      fresh.messages.push_back(messages[position]);
-      fresh.positions.push_back(position);
-    }
-  }
+  ids.findEach(
+      moved.size(), [&](std::size_t i) -> const Text& { return messages[moved[i]]->id; },
+      [&](std::size_t i, std::optional<TextNumbers::Number> id) {
+        if (!id || !keep(elsewhere[*id], moved[i])) {
+          fresh.messages.push_back(messages[moved[i]]);
+          fresh.positions.push_back(moved[i]);
+        }
+      });
   if (!fresh.messages.empty()) {
     fresh.segment = TokenSegment::build(fresh.messages);
     data->parts.push_back(std::move(fresh));
@@ -272,21 +276,25 @@ void FullTextSearchIndex::align(const MessageList& messages) {
   TextNumbers ids;
   ids.reserve(messages.size());
   std::vector<std::uint32_t> positionOf;  // By the number of the id.
-  for (std::size_t i = 0; i < messages.size(); ++i) {
-    if (ids.numberOf(messages[i]->id) == positionOf.size()) {
-      positionOf.push_back(static_cast<std::uint32_t>(i));
-    }
-  }
+  positionOf.reserve(messages.size());
+  ids.numberEach(
+      messages.size(), [&](std::size_t i) -> const Text& { return messages[i]->id; },
+      [&](std::size_t i, TextNumbers::Number id) {
+        if (id == positionOf.size()) {
+          positionOf.push_back(static_cast<std::uint32_t>(i));
+        }
+      });
   auto data = std::make_shared<Data>(*data_);
   for (auto& part : data->parts) {
     part.messages.assign(part.positions.size(), nullptr);
-    for (std::size_t n = 0; n < part.positions.size(); ++n) {
-      const auto id = ids.find(part.segment->messageIDs()[n].view());
-      part.positions[n] = id ? positionOf[*id] : nowhere;
-      if (id) {
-        part.messages[n] = messages[positionOf[*id]];
-      }
-    }
+    ids.findEach(
+        part.positions.size(), [&](std::size_t n) -> const Text& { return part.segment->messageIDs()[n]; },
+        [&](std::size_t n, std::optional<TextNumbers::Number> id) {
+          part.positions[n] = id ? positionOf[*id] : nowhere;
+          if (id) {
+            part.messages[n] = messages[positionOf[*id]];
+          }
+        });
   }
   data_ = std::move(data);
 }

@@ -72,19 +72,34 @@ void writeDocuments(std::span<const Text> messageIDs, SQLiteConnection& connecti
   ids.reserve(messageIDs.size());
   std::vector<std::optional<std::uint32_t>> waiting;  // The number for each id until a message has it.
   waiting.reserve(messageIDs.size());
-  for (std::size_t number = 0; number < messageIDs.size(); ++number) {
-    if (ids.numberOf(messageIDs[number]) == waiting.size()) {
-      waiting.emplace_back(static_cast<std::uint32_t>(number));
-    }
-  }
+  ids.numberEach(
+      messageIDs.size(), [&](std::size_t number) -> const Text& { return messageIDs[number]; },
+      [&](std::size_t number, TextNumbers::Number id) {
+        if (id == waiting.size()) {
+          waiting.emplace_back(static_cast<std::uint32_t>(number));
+        }
+      });
   std::vector<std::pair<std::int64_t, std::uint32_t>> documents;
   documents.reserve(waiting.size());
   auto messages = connection.prepare("SELECT id, number FROM message");
-  while (documents.size() < waiting.size() && messages.step()) {
-    if (const auto found = ids.find(messages.bytes(0)); found && waiting[*found]) {
-      documents.emplace_back(messages.integer(1), *waiting[*found]);
-      waiting[*found].reset();
+  constexpr std::size_t readTogether = 256;
+  std::vector<std::string> rowIDs(readTogether);
+  std::vector<std::int64_t> rows(readTogether);
+  bool isMore = true;  // A statement that has ended would begin again.
+  while (isMore && documents.size() < waiting.size()) {
+    std::size_t count = 0;
+    for (; count < readTogether && (isMore = messages.step()); ++count) {
+      rowIDs[count] = messages.bytes(0);
+      rows[count] = messages.integer(1);
     }
+    ids.findEach(
+        count, [&](std::size_t row) -> const std::string& { return rowIDs[row]; },
+        [&](std::size_t row, std::optional<TextNumbers::Number> id) {
+          if (id && waiting[*id]) {
+            documents.emplace_back(rows[row], *waiting[*id]);
+            waiting[*id].reset();
+          }
+        });
   }
   std::ranges::sort(documents);
   auto insert = connection.prepare("INSERT INTO searchDocument (message, number) VALUES (?, ?)");

@@ -45,13 +45,15 @@ Upsert::Upsert(const MessageList& messages) : messages_(messages), last_(message
   ids.reserve(messages.size());
   std::vector<std::size_t> lastOfID;
   lastOfID.reserve(messages.size());
-  for (std::size_t place = messages.size(); place-- > 0;) {
-    const auto number = ids.numberOf(messages[place]->id);
-    if (number == lastOfID.size()) {
-      lastOfID.push_back(place);
-    }
-    last_[place] = lastOfID[number];
-  }
+  const auto fromBack = [&](std::size_t index) { return messages.size() - 1 - index; };
+  ids.numberEach(
+      messages.size(), [&](std::size_t index) -> const Text& { return messages[fromBack(index)]->id; },
+      [&](std::size_t index, TextNumbers::Number number) {
+        if (number == lastOfID.size()) {
+          lastOfID.push_back(fromBack(index));
+        }
+        last_[fromBack(index)] = lastOfID[number];
+      });
   // The later record overwrites the earlier one, except its category when it has none itself.
   std::vector<std::size_t> places;
   for (std::size_t place = 0; place < messages.size(); ++place) {

@@ -9,12 +9,12 @@ namespace {
 
 constexpr std::size_t fewestSlots = 16;
 
-std::uint32_t hashOf(std::string_view text) {
+}  // namespace
+
+std::uint32_t TextNumbers::hashOf(std::string_view text) {
   const std::size_t hash = std::hash<std::string_view>()(text);
   return static_cast<std::uint32_t>(hash ^ (hash >> 32U));
 }
-
-}  // namespace
 
 TextNumbers::TextNumbers(std::initializer_list<Text> texts) {
   for (const Text& text : texts) {
@@ -34,10 +34,13 @@ std::size_t TextNumbers::slotOf(std::string_view text, std::uint32_t hash) const
 }
 
 TextNumbers::Number TextNumbers::numberOf(const Text& text) {
+  return numberOf(text, hashOf(text));
+}
+
+TextNumbers::Number TextNumbers::numberOf(const Text& text, std::uint32_t hash) {
   if ((texts_.size() + 1) * 2 > slots_.size()) {
     grow(std::max(fewestSlots, slots_.size() * 2));
   }
-  const std::uint32_t hash = hashOf(text);
   Slot& slot = slots_[slotOf(text, hash)];
   if (slot.number == nobody) {
     slot = {hash, static_cast<Number>(texts_.size())};
@@ -47,10 +50,14 @@ TextNumbers::Number TextNumbers::numberOf(const Text& text) {
 }
 
 std::optional<TextNumbers::Number> TextNumbers::find(std::string_view text) const {
+  return find(text, hashOf(text));
+}
+
+std::optional<TextNumbers::Number> TextNumbers::find(std::string_view text, std::uint32_t hash) const {
   if (slots_.empty()) {
     return std::nullopt;
   }
-  const Number number = slots_[slotOf(text, hashOf(text))].number;
+  const Number number = slots_[slotOf(text, hash)].number;
   return number == nobody ? std::nullopt : std::optional(number);
 }
 

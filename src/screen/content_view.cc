@@ -22,13 +22,15 @@ MessageList merge(const SharedMessageList& present, const MessageList& added) {
   ids.reserve(added.size());
   MessageList waiting;  // The message of each id until it is placed; of two with the same id the later stays.
   waiting.reserve(added.size());
-  for (const auto& message : added) {
-    if (const auto number = ids.numberOf(message->id); number == waiting.size()) {
-      waiting.push_back(message);
-    } else {
-      waiting[number] = message;
-    }
-  }
+  ids.numberEach(
+      added.size(), [&](std::size_t i) -> const Text& { return added[i]->id; },
+      [&](std::size_t i, TextNumbers::Number number) {
+        if (number == waiting.size()) {
+          waiting.push_back(added[i]);
+        } else {
+          waiting[number] = added[i];
+        }
+      });
   MessageList merged;
   merged.reserve(present.size() + waiting.size());
   for (const auto& message : present) {

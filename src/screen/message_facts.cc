@@ -83,29 +83,33 @@ class MessageFacts::Builder {
   void fillIdentities() {
     ids_->reserve(list_.size());
     std::vector<bool> isRepeated;
-    for (std::size_t c = 0; c < chunks_.size(); ++c) {
-      const MessageList& messages = *list_.chunks()[c];
-      for (std::size_t i = 0; i < messages.size(); ++i) {
-        const EmailMessage& message = *messages[i];
-        const auto position = static_cast<std::uint32_t>(c * SharedMessageList::chunkSize + i);
-        const auto known = ids_->size();
-        const auto id = ids_->numberOf(message.id);
-        if (id < known && !firstOfID_) {
-          firstOfID_ = std::make_shared<Positions>();
-          for (std::uint32_t number = 0; number < known; ++number) {
-            firstOfID_->push_back(number);
+    const auto messageAt = [this](std::size_t position) -> const EmailMessage& {
+      constexpr auto size = SharedMessageList::chunkSize;
+      return *(*list_.chunks()[position / size])[position % size];
+    };
+    ids_->numberEach(
+        list_.size(), [&](std::size_t position) -> const Text& { return messageAt(position).id; },
+        [&](std::size_t position, TextNumbers::Number id) {
+          if (!firstOfID_ && id < position) {  // The first one that comes again.
+            firstOfID_ = std::make_shared<Positions>();
+            for (std::uint32_t number = 0; number < position; ++number) {
+              firstOfID_->push_back(number);
+            }
+            isRepeated.resize(position);
           }
-          isRepeated.resize(known);
-        }
-        if (firstOfID_ && id == known) {
-          firstOfID_->push_back(position);
-          isRepeated.push_back(false);
-        } else if (firstOfID_) {
-          isRepeated[id] = true;
-        }
-        chunks_[c]->conversations[i] = conversations_->numberOf(message.conversationID);
-      }
-    }
+          if (firstOfID_ && id == firstOfID_->size()) {
+            firstOfID_->push_back(static_cast<std::uint32_t>(position));
+            isRepeated.push_back(false);
+          } else if (firstOfID_) {
+            isRepeated[id] = true;
+          }
+        });
+    conversations_->numberEach(
+        list_.size(), [&](std::size_t position) -> const Text& { return messageAt(position).conversationID; },
+        [&](std::size_t position, TextNumbers::Number conversation) {
+          chunks_[position / SharedMessageList::chunkSize]
+              ->conversations[position % SharedMessageList::chunkSize] = conversation;
+        });
     if (firstOfID_) {
       for (std::uint32_t position = 0; position < list_.size(); ++position) {
         if (isRepeated[*ids_->find(list_[position]->id)]) {

@@ -39,5 +39,30 @@ TEST(TextNumbers, ManyTextsKeepTheirNumbers) {
   }
 }
 
+TEST(TextNumbers, ManyTextsAtOnceGetTheNumbersThatTheyWouldGetOneByOne) {
+  for (const std::size_t count : {0U, 1U, 7U, 8U, 23U, 24U, 25U, 3000U}) {
+    std::vector<Text> texts;
+    for (std::size_t i = 0; i < count; ++i) {
+      texts.emplace_back("text " + std::to_string(i * i % 997));
+    }
+    TextNumbers expected;
+    TextNumbers numbers;
+    const auto textAt = [&](std::size_t i) -> const Text& { return texts[i]; };
+    std::size_t next = 0;
+    numbers.numberEach(count, textAt, [&](std::size_t i, TextNumbers::Number number) {
+      EXPECT_EQ(i, next++);
+      EXPECT_EQ(number, expected.numberOf(texts[i]));
+    });
+    EXPECT_EQ(next, count);
+    texts.emplace_back("unknown");
+    next = 0;
+    numbers.findEach(texts.size(), textAt, [&](std::size_t i, std::optional<TextNumbers::Number> number) {
+      EXPECT_EQ(i, next++);
+      EXPECT_EQ(number, expected.find(texts[i]));
+    });
+    EXPECT_EQ(next, count + 1);
+  }
+}
+
 }  // namespace
 }  // namespace tidewrack
