@@ -221,12 +221,14 @@ void measureAgainstTools(const Options& options, const Archive& archive, const A
   }
   const auto import = [&] {
     fs::remove_all(world);
-    sync();
+    warmInput(archive.file);
     return runChild({"role:import", archive.file}, world)["wholeSeconds"];
   };
   const auto add = [&](const char* tool, double (*index)(const fs::path&, const fs::path&), double goal) {
-    double reference = 0;
-    const auto pair = medianOfTurns(1, import, [&] { return reference = index(maildir, scratch); });
+    fs::remove_all(world);
+    warmInput(maildir);
+    const double reference = index(maildir, scratch);
+    const auto pair = medianOfTurns(options.turns, import, [reference] { return reference; });
     if (reference < 0) {
       table.addNote("import to searchable, " + archive.name, std::string(tool) + " is not installed");
     } else {

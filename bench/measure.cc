@@ -40,6 +40,27 @@ double secondsOf(const std::function<void()>& work) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
+void warmInput(const std::filesystem::path& input) {
+  namespace fs = std::filesystem;
+  sync();
+  std::ofstream("/proc/sys/vm/drop_caches") << 3;
+  std::vector<char> buffer(std::size_t{1} << 20U);
+  const auto read = [&buffer](const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    while (file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()))) {
+    }
+  };
+  if (!fs::is_directory(input)) {
+    read(input);
+    return;
+  }
+  for (const auto& entry : fs::recursive_directory_iterator(input)) {
+    if (entry.is_regular_file()) {
+      read(entry.path());
+    }
+  }
+}
+
 Pair medianOfTurns(int turns, const std::function<double()>& measured,
                    const std::function<double()>& reference) {
   std::vector<double> first;
