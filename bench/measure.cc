@@ -44,6 +44,8 @@ void warmInput(const std::filesystem::path& input) {
   namespace fs = std::filesystem;
   sync();
   std::ofstream("/proc/sys/vm/drop_caches") << 3;
+  constexpr std::size_t enough = std::size_t{4} << 30U;
+  std::vector<char>(enough, 1).clear();
   std::vector<char> buffer(std::size_t{1} << 20U);
   const auto read = [&buffer](const fs::path& path) {
     std::ifstream file(path, std::ios::binary);

@@ -12,8 +12,9 @@ namespace tidewrack::bench {
 /// Seconds of wall-clock time that `work` takes.
 double secondsOf(const std::function<void()>& work);
 
-/// Writes out what waits, lets the page cache go where the user may do that (root), and reads the input, a
-/// file or a folder of files, into it. A cache that is full makes whoever writes wait for its clearing.
+/// Writes out what waits, lets the page cache go where the user may do that (root), uses the free memory
+/// once, and reads the input, a file or a folder of files, into the cache. A full cache makes whoever writes
+/// wait for its clearing, and the host of a virtual machine provides memory only when it is used.
 void warmInput(const std::filesystem::path& input);
 
 /// Times two pieces of work in turns, so that a machine that is busy for a while slows both, and gives

@@ -41,16 +41,12 @@ DecodeAhead::DecodeAhead(const MessageList& messages, std::vector<std::size_t> i
     : messages_(messages), indices_(std::move(indices)), thread_([this] { run(); }) {}
 
 DecodeAhead::~DecodeAhead() {
-  stop();
-  thread_.join();
-}
-
-void DecodeAhead::stop() {
   {
     const std::lock_guard guard(mutex_);
     stopped_ = true;
   }
   changed_.notify_all();
+  thread_.join();
 }
 
 void DecodeAhead::run() {
@@ -98,12 +94,6 @@ bool DecodeAhead::fitsIntoMemory() {
   std::unique_lock guard(mutex_);
   changed_.wait(guard, [&] { return done_ || waitingBytes_ >= bound; });
   return done_;
-}
-
-bool DecodeAhead::waitForAll() {
-  std::unique_lock guard(mutex_);
-  changed_.wait(guard, [&] { return done_ || stopped_; });
-  return done_ && !failure_;
 }
 
 DecodeAhead::Batch DecodeAhead::next() {

@@ -30,17 +30,13 @@ class DecodeAhead {
 
   /// `indices` are the places to decode, in this order.
   DecodeAhead(const MessageList& messages, std::vector<std::size_t> indices);
-  /// Stops and ends the thread.
+  /// Stops the thread.
   ~DecodeAhead();
   DecodeAhead(const DecodeAhead&) = delete;
   DecodeAhead& operator=(const DecodeAhead&) = delete;
 
   /// Waits until either everything is decoded or the bound is reached; true for the first.
   bool fitsIntoMemory();
-  /// Waits until everything is decoded; false when the decoding failed or was stopped before.
-  bool waitForAll();
-  /// Lets the thread end as soon as it can.
-  void stop();
   /// The next few messages, or none behind the last one. Throws what their decoding threw.
   Batch next();
 

@@ -3,6 +3,9 @@
 #include <string_view>
 #include <utility>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include "library/stored_content.h"
 #include "platform/text_numbers.h"
 
@@ -69,7 +72,6 @@ Upsert::Upsert(const MessageList& messages) : messages_(messages), last_(message
 }
 
 Upsert::~Upsert() {
-  decoder_->stop();
   waitForOtherWork();
 }
 
@@ -80,11 +82,10 @@ void Upsert::accompany(const WhileSaving& whileSaving) {
 }
 
 void Upsert::workBeside(const WhileSaving& whileSaving) {
-  // Writing takes longest, and decoding must stay ahead of it: two cores have no time for more until all is
-  // decoded.
-  if (std::thread::hardware_concurrency() <= 2 && !decoder_->waitForAll()) {
-    return;
-  }
+  // Writing takes longest, and decoding must stay ahead of it. Where there are but two cores this has what
+  // they leave. On Linux a thread has a priority of its own, and so have those that it starts.
+  constexpr int lower = 10;
+  ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), lower);
   if (replacedCount_ == 0) {
     whileSaving(messages_);
     return;
