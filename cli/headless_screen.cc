@@ -24,7 +24,7 @@ HeadlessScreen::HeadlessScreen(Search search) {
 HeadlessScreen::~HeadlessScreen() {
   // The process ends next, and the system takes the messages back in one piece; to free them one by one
   // takes far longer.
-  static auto* const kept = new SharedMessageList;
+  static auto* const kept = std::make_unique<SharedMessageList>().release();
   *kept = screen_->messages();
 }
 

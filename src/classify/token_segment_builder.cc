@@ -108,7 +108,8 @@ void TokenSegmentBuilder::sort() {
                       static_cast<std::uint32_t>(entry)};
     begin = tokenEnds_[entry];
   }
-  std::ranges::sort(sorted_, [this](const Sorted& a, const Sorted& b) { return compare(a, *this, b) < 0; });
+  std::ranges::sort(sorted_,
+                    [this](const Sorted& a, const Sorted& b) { return std::is_lt(compare(a, *this, b)); });
   isSorted_ = true;
 }
 
@@ -131,17 +132,18 @@ void TokenSegmentBuilder::join(std::span<const Sorted> own, const TokenSegmentBu
     const auto order = others.empty() ? std::strong_ordering::less
                        : own.empty()  ? std::strong_ordering::greater
                                       : compare(own.front(), behind, others.front());
-    segment.tokenBytes_ += order <= 0 ? tokenOf(own.front().entry) : behind.tokenOf(others.front().entry);
+    segment.tokenBytes_ +=
+        std::is_lteq(order) ? tokenOf(own.front().entry) : behind.tokenOf(others.front().entry);
     segment.tokenEnds_.push_back(segment.tokenBytes_.size());
     std::uint32_t last = 0;
-    if (order <= 0) {
+    if (std::is_lteq(order)) {
       const auto entry = own.front().entry;
       appendNumber(postings, numbers_.first(entry));
       numbers_.writeRest(entry, postings);
       last = numbers_.last(entry);
       own = own.subspan(1);
     }
-    if (order >= 0) {
+    if (std::is_gteq(order)) {
       const auto entry = others.front().entry;
       appendNumber(postings, base + behind.numbers_.first(entry) - last);
       behind.numbers_.writeRest(entry, postings);
@@ -181,7 +183,7 @@ std::shared_ptr<const TokenSegment> TokenSegmentBuilder::finishWith(TokenSegment
     // The words below one from the middle, and the rest.
     const auto ownMiddle = own.size() / 2;
     const auto cut = std::ranges::partition_point(
-        others, [&](const Sorted& other) { return compare(own[ownMiddle], behind, other) > 0; });
+        others, [&](const Sorted& other) { return std::is_gt(compare(own[ownMiddle], behind, other)); });
     const auto othersMiddle = static_cast<std::size_t>(cut - others.begin());
     TokenSegment rest;
     reserve(rest, 2);
