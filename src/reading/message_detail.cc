@@ -129,6 +129,9 @@ MessageDetail::~MessageDetail() = default;
 
 void MessageDetail::setMessage(MessagePointer newMessage) {
   const auto old = message();
+  if (old && old == newMessage) {
+    return;  // Another message has changed.
+  }
   const bool isSame = old && newMessage && old->id == newMessage->id;
   message.set(std::move(newMessage));
   refreshHeader();

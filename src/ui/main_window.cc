@@ -230,7 +230,9 @@ void MainWindow::acceptDrops() {
 
 void MainWindow::showTitle() {
   const std::string title = shortenedLine(screen_.activeTitle());
-  window_->set_title(title);
+  if (window_->get_title().raw() != title) {
+    window_->set_title(title);
+  }
   adw_window_title_set_subtitle(listTitle_, (screen_.subtitle() + " · " + title).c_str());
 }
 

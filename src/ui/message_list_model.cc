@@ -41,12 +41,23 @@ bool MessageListModel::replace(SharedMessageList messages, std::shared_ptr<const
   counts_ = std::move(counts);
   // What a row does may drop other items.
   std::vector<Glib::RefPtr<MessageListItem>> items;
-  items.reserve(alive_->size());
-  for (const auto& [position, item] : *alive_) {
-    if (position < messages_.size() &&
-        (!changes || std::ranges::find(*changes, position) != changes->end())) {
-      item->reference();
-      items.push_back(Glib::make_refptr_for_instance(item));
+  const auto keep = [&items](MessageListItem& item) {
+    item.reference();
+    items.push_back(Glib::make_refptr_for_instance(&item));
+  };
+  if (changes) {
+    items.reserve(changes->size());
+    for (const auto position : *changes) {
+      if (const auto item = alive_->find(static_cast<guint>(position)); item != alive_->end()) {
+        keep(*item->second);
+      }
+    }
+  } else {
+    items.reserve(alive_->size());
+    for (const auto& [position, item] : *alive_) {
+      if (position < messages_.size()) {
+        keep(*item);
+      }
     }
   }
   for (const auto& item : items) {

@@ -37,6 +37,7 @@ MessageRowView::MessageRowView(GravatarService& pictures, Settings& settings)
 }
 
 void MessageRowView::show(const EmailMessage& message, std::int64_t conversationCount) {
+  const bool hadFooter = row_.hasFooter();
   row_ = makeMessageRow(message, conversationCount);
   for (std::string* text : {&row_.subject, &row_.sender, &row_.snippet}) {
     *text = shortenedLine(*text, rowBytes);
@@ -46,7 +47,12 @@ void MessageRowView::show(const EmailMessage& message, std::int64_t conversation
   avatar_.setAddress(message.from.address);
   setIdentifier(*this, row_.identifier);
   setAccessibleLabel(*this, row_.subject + ", " + row_.sender + ", " + row_.dateText);
-  queue_resize();
+  // A new height is the whole window's concern.
+  if (row_.hasFooter() != hadFooter) {
+    queue_resize();
+  } else {
+    queue_draw();
+  }
 }
 
 Gtk::SizeRequestMode MessageRowView::get_request_mode_vfunc() const {

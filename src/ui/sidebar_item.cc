@@ -1,5 +1,6 @@
 #include "ui/sidebar_item.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace tidewrack::ui {
@@ -24,6 +25,7 @@ std::string keyOf(const SidebarSelection& selection) {
 
 std::vector<Glib::RefPtr<SidebarItem>> itemsOf(Gio::ListStore<SidebarItem>& store) {
   std::vector<Glib::RefPtr<SidebarItem>> items;
+  items.reserve(store.get_n_items());
   for (guint position = 0; position < store.get_n_items(); ++position) {
     items.push_back(store.get_item(position));
   }
@@ -81,10 +83,30 @@ void SidebarItem::take(const SidebarItem& other) {
   }
 }
 
+// Mostly counts alone have changed.
+bool SidebarItem::takeInPlace(const std::vector<Glib::RefPtr<SidebarItem>>& present,
+                              std::vector<Glib::RefPtr<SidebarItem>>& wanted) {
+  if (!std::ranges::equal(present, wanted,
+                          [](const auto& one, const auto& other) { return one->isSameLine(*other); })) {
+    return false;
+  }
+  for (std::size_t i = 0; i < wanted.size(); ++i) {
+    if (wanted[i] != present[i]) {
+      present[i]->take(*wanted[i]);
+      wanted[i] = present[i];
+    }
+  }
+  return true;
+}
+
 void SidebarItem::bringInLine(Gio::ListStore<SidebarItem>& store,
                               std::vector<Glib::RefPtr<SidebarItem>>& wanted) {
+  const auto before = itemsOf(store);
+  if (takeInPlace(before, wanted)) {
+    return;
+  }
   std::unordered_set<std::string> present;
-  for (const auto& item : itemsOf(store)) {
+  for (const auto& item : before) {
     present.insert(item->key());
   }
   guint position = 0;
@@ -114,13 +136,13 @@ void SidebarItem::bringInLine(Gio::ListStore<SidebarItem>& store,
     if (found > position) {
       store.splice(position, found - position, {});
     }
-    const auto before = store.get_item(position);
-    if (before == item) {
+    const auto there = store.get_item(position);
+    if (there == item) {
       continue;
     }
-    if (before->isSameLine(*item)) {
-      before->take(*item);
-      item = before;
+    if (there->isSameLine(*item)) {
+      there->take(*item);
+      item = there;
     } else {
       store.splice(position, 1, {item});
     }

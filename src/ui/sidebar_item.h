@@ -41,6 +41,8 @@ class SidebarItem : public Glib::Object {
  private:
   [[nodiscard]] bool isSameLine(const SidebarItem& other) const;
   void take(const SidebarItem& other);
+  static bool takeInPlace(const std::vector<Glib::RefPtr<SidebarItem>>& present,
+                          std::vector<Glib::RefPtr<SidebarItem>>& wanted);
 
   Kind kind_;
   std::string key_;

@@ -39,9 +39,6 @@ void SidebarRowView::forget() {
 }
 
 void SidebarRowView::refresh() {
-  for (auto* child = get_first_child(); child != nullptr; child = child->get_next_sibling()) {
-    child->set_visible(false);
-  }
   switch (item_->kind()) {
     case SidebarItem::Kind::heading:
       showHeading(item_->title());
@@ -97,7 +94,7 @@ void SidebarRowView::showHeading(const std::string& title) {
   }
   setIdentifier(*this, "sidebar.heading");
   heading_->set_text(title);
-  heading_->set_visible(true);
+  showAlone(*heading_);
 }
 
 void SidebarRowView::showRow(const SidebarRow& row) {
@@ -119,7 +116,7 @@ void SidebarRowView::showRow(const SidebarRow& row) {
   badge_->set_hexpand(row.isCloudDerived);
   badge_->set_halign(Gtk::Align::END);
   badge_->set_text(formatCount(row.badge.count));
-  row_->set_visible(true);
+  showAlone(*row_);
 }
 
 void SidebarRowView::showProgress(const CategorizingProgressRow& progress) {
@@ -132,7 +129,13 @@ void SidebarRowView::showProgress(const CategorizingProgressRow& progress) {
   progressSpinner_->set_spinning(!progress.fraction);
   progressBar_->set_visible(progress.fraction.has_value());
   progressBar_->set_fraction(progress.fraction.value_or(0.0));
-  progress_->set_visible(true);
+  showAlone(*progress_);
+}
+
+void SidebarRowView::showAlone(Gtk::Widget& line) {
+  for (auto* child = get_first_child(); child != nullptr; child = child->get_next_sibling()) {
+    child->set_visible(child == &line);
+  }
 }
 
 }  // namespace tidewrack::ui

@@ -22,6 +22,7 @@ class SidebarRowView : public Gtk::Box {
   void showHeading(const std::string& title);
   void showRow(const SidebarRow& row);
   void showProgress(const CategorizingProgressRow& progress);
+  void showAlone(Gtk::Widget& line);
   void makeHeading();
   void makeRow();
   void makeProgress();

@@ -14,11 +14,16 @@ ToolbarView::ToolbarView(ContentView& screen, const std::set<ToolbarAction>& off
   }
   const auto follow = [this](auto& field) { subscriptions_.push_back(field.observe([this] { refresh(); })); };
   follow(screen_.libraries);
-  follow(screen_.messages);
   follow(screen_.isImporting);
   follow(screen_.advancedFilters);
   follow(screen_.iCloudSyncEnabled);
   follow(screen_.discoveredRemoteLibraries);
+  // Messages change while mail is categorised, one by one; the toolbar asks only whether there are any.
+  subscriptions_.push_back(screen_.messages.observe([this] {
+    if (screen_.messages().empty() == hasMessages_) {
+      refresh();
+    }
+  }));
   refresh();
 }
 
@@ -42,6 +47,7 @@ ToolbarView::Slot ToolbarView::makeSlot(ToolbarAction action) {
 }
 
 void ToolbarView::refresh() {
+  hasMessages_ = !screen_.messages().empty();
   for (auto& [action, slot] : slots_) {
     slot.box->set_visible(false);
   }

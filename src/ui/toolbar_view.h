@@ -32,6 +32,7 @@ class ToolbarView : public Gtk::Box {
   static void show(const ToolbarItem& item, Slot& slot);
 
   ContentView& screen_;
+  bool hasMessages_ = false;
   std::map<ToolbarAction, Slot> slots_;  ///< In the order of the toolbar.
   std::vector<Subscription> subscriptions_;
 };

@@ -44,14 +44,19 @@ Gtk::Image* makeSymbol(std::string_view symbol, int size, std::string_view tint)
 }
 
 void setSymbol(Gtk::Image& image, std::string_view symbol, std::string_view tint) {
-  image.set_from_icon_name(iconName(symbol));
+  // Both set off a new layout or style even when nothing changes by them.
+  const std::string name = iconName(symbol);
+  if (image.get_icon_name().raw() != name) {
+    image.set_from_icon_name(name);
+  }
+  const std::string wanted = tint.empty() ? std::string() : tintClass(tint);
   for (const auto& styleClass : image.get_css_classes()) {
-    if (styleClass.find(tintPrefix) == 0) {
+    if (styleClass.find(tintPrefix) == 0 && styleClass.raw() != wanted) {
       image.remove_css_class(styleClass);
     }
   }
-  if (!tint.empty()) {
-    image.add_css_class(tintClass(tint));
+  if (!wanted.empty()) {
+    image.add_css_class(wanted);
   }
 }
 
