@@ -291,19 +291,19 @@ TEST_F(GuardedProxyTest, GIOHandsOverNamesUnresolved) {
   EXPECT_TRUE(server_.accept().isOpen());
 }
 
-TEST_F(GuardedProxyTest, WithoutDescriptorsNobodyListensAtItsAddress) {
+TEST(GuardedProxyStart, WithoutDescriptorsNobodyListensAtItsAddress) {
   rlimit usual{};
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
   const rlimit none{0, usual.rlim_max};
   ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-  proxy();
+  const GuardedProxy proxy;
   ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &usual), 0);
-  EXPECT_FALSE(proxy().isRunning());
-  EXPECT_EQ(proxy().address(), "socks5://127.0.0.1:9");
-  EXPECT_FALSE(client().isOpen());
+  EXPECT_FALSE(proxy.isRunning());
+  EXPECT_EQ(proxy.address(), "socks5://127.0.0.1:9");
+  EXPECT_FALSE(TestSocket::to(portOf(proxy)).isOpen());
 }
 
-TEST_F(GuardedProxyTest, TheOneOfTheProgramLivesAsLongAsItIsHeld) {
+TEST(GuardedProxyStart, TheOneOfTheProgramLivesAsLongAsItIsHeld) {
   auto first = GuardedProxy::shared();
   EXPECT_EQ(first, GuardedProxy::shared());
   const int port = portOf(*first);
