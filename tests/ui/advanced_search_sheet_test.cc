@@ -19,12 +19,6 @@ class AdvancedSearchSheetTest : public WindowTest {
     press("toolbar.advancedSearch");
     ASSERT_NE(find("advancedSearch.root"), nullptr);
   }
-  void press(const std::string& name) {
-    auto* button = find<Gtk::Button>(name);
-    ASSERT_NE(button, nullptr) << name;
-    g_signal_emit_by_name(button->gobj(), "clicked");
-    runPending();
-  }
   void type(const std::string& name, const char* text) {
     auto* row = find(name);
     ASSERT_NE(row, nullptr) << name;

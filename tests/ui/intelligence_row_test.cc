@@ -102,13 +102,6 @@ class IntelligenceRowTest : public WindowTest {
     screen_->selectedMessageID.set(Text(id + "@example.org"));
     runPending();
   }
-  void press(const std::string& name) {
-    auto* button = find<Gtk::Button>(name);
-    ASSERT_NE(button, nullptr) << name;
-    ASSERT_TRUE(button->is_sensitive()) << name;
-    g_signal_emit_by_name(button->gobj(), "clicked");
-    runPending();
-  }
   // What a chip shows while the model works.
   bool isRunning(const std::string& name) {
     auto* chip = find<Gtk::Button>(name);

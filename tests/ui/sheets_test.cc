@@ -35,13 +35,6 @@ class SheetsTest : public WindowTest {
     screen_->sidebarSelection.set(std::nullopt);
     runPending();
   }
-  void press(const std::string& name) {
-    auto* button = find<Gtk::Button>(name);
-    ASSERT_NE(button, nullptr) << name;
-    ASSERT_TRUE(button->is_sensitive()) << name;
-    g_signal_emit_by_name(button->gobj(), "clicked");
-    runPending();
-  }
   bool isGone(const std::string& name) {
     return runUntil([this, &name] { return find(name) == nullptr; }, 10);
   }

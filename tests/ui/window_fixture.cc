@@ -160,6 +160,14 @@ Gtk::Widget* WindowTest::find(const std::string& name) {
   return findWidget(GTK_WIDGET(window_->window().gobj()), name);
 }
 
+void WindowTest::press(const std::string& name) {
+  auto* button = find<Gtk::Button>(name);
+  ASSERT_NE(button, nullptr) << name;
+  ASSERT_TRUE(button->is_sensitive()) << name;
+  g_signal_emit_by_name(button->gobj(), "clicked");
+  runPending();
+}
+
 GtkWindow* WindowTest::alert() {
   GtkWindow* found = nullptr;
   GList* windows = gtk_window_list_toplevels();

@@ -63,6 +63,8 @@ class WindowTest : public testing::Test {
   Widget* find(const std::string& name) {
     return dynamic_cast<Widget*>(find(name));
   }
+  /// Presses the button of this name, which is visible and sensitive, and lets what it does run.
+  void press(const std::string& name);
   /// The window of an alert, or null.
   static GtkWindow* alert();
 
