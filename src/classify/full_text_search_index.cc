@@ -258,15 +258,15 @@ void FullTextSearchIndex::load(const std::vector<SearchTokenEntry>& entries) {
   std::stable_sort(byMessage.begin(), byMessage.end(),
                    [](const auto* a, const auto* b) { return a->messageID < b->messageID; });
   TokenSegmentBuilder builder;
-  const SearchTokenEntry* previous = nullptr;
+  std::vector<Text> ids;
   for (const auto* entry : byMessage) {
-    if (previous == nullptr || previous->messageID != entry->messageID) {
-      builder.beginMessage(entry->messageID);
+    if (ids.empty() || ids.back() != entry->messageID) {
+      builder.beginMessage(static_cast<std::uint32_t>(ids.size()));
+      ids.push_back(entry->messageID);
     }
     builder.addToken(entry->token);  // Its bytes stay in the entries.
-    previous = entry;
   }
-  *this = ofSegment(builder.finish());
+  *this = ofSegment(builder.finish(std::move(ids)));
 }
 
 void FullTextSearchIndex::align(const MessageList& messages) {

@@ -30,7 +30,7 @@ FullTextSearchIndex PersistedSearchTokenStore::load(ModelContext& context) {
 void PersistedSearchTokenStore::rewrite(FullTextSearchIndex& index, ModelContext& context) {
   auto segment = index.asOneSegment();
   if (!segment) {
-    segment = TokenSegmentBuilder().finish();
+    segment = TokenSegmentBuilder().finish({});
   }
   const auto produce = [&segment](const SearchTokenVisitor& visit) {
     for (std::size_t i = 0; i < segment->tokenCount(); ++i) {

@@ -49,8 +49,57 @@ void TokenNumbers::moveEnd(List& list) {
   list.size = 0;
 }
 
-void TokenNumbers::writeRest(std::size_t list, std::string& bytes) const {
+void TokenNumbers::writeWith(std::size_t list, const TokenNumbers& others, std::size_t othersList,
+                             std::string& bytes) const {
   const List& own = lists_[list];
+  const List& other = others.lists_[othersList];
+  if (own.last < other.first) {
+    write(list, 0, bytes);
+    others.write(othersList, own.last, bytes);
+    return;
+  }
+  if (other.last < own.first) {
+    others.writeWith(othersList, *this, list, bytes);
+    return;
+  }
+  // The differences of both, from which runs of one list that lie between numbers of the other are taken
+  // over.
+  std::string ownBytes;
+  std::string otherBytes;
+  write(list, 0, ownBytes);
+  others.write(othersList, 0, otherBytes);
+  std::size_t ownPosition = 0;
+  std::size_t otherPosition = 0;
+  std::uint32_t ownNumber = readNumber(ownBytes, ownPosition);
+  std::uint32_t otherNumber = readNumber(otherBytes, otherPosition);
+  std::uint32_t last = 0;
+  const auto take = [&](std::uint32_t& number, const std::string& from, std::size_t& position) {
+    appendNumber(bytes, number - last);
+    last = number;
+    const bool isMore = position < from.size();
+    number += isMore ? readNumber(from, position) : 0;
+    return isMore;
+  };
+  const auto takeRest = [&](std::uint32_t number, const std::string& from, std::size_t position) {
+    appendNumber(bytes, number - last);
+    bytes.append(from, position);
+  };
+  while (true) {
+    if (ownNumber < otherNumber) {
+      if (!take(ownNumber, ownBytes, ownPosition)) {
+        takeRest(otherNumber, otherBytes, otherPosition);
+        return;
+      }
+    } else if (!take(otherNumber, otherBytes, otherPosition)) {
+      takeRest(ownNumber, ownBytes, ownPosition);
+      return;
+    }
+  }
+}
+
+void TokenNumbers::write(std::size_t list, std::uint32_t before, std::string& bytes) const {
+  const List& own = lists_[list];
+  appendNumber(bytes, own.first - before);
   std::uint32_t place = own.firstBlock;
   for (std::size_t block = 0; own.blocks != 0; ++block) {
     const char* const begin = &blocks_[place * blockUnit];

@@ -21,10 +21,12 @@ class TokenNumbers {
   /// Asks the memory for a list that a number will be added to.
   void prefetch(std::size_t list) const { __builtin_prefetch(&lists_[list], 1); }
 
-  [[nodiscard]] std::uint32_t first(std::size_t list) const { return lists_[list].first; }
-  [[nodiscard]] std::uint32_t last(std::size_t list) const { return lists_[list].last; }
-  /// Appends the numbers of a list behind its first, each as the difference from the one before.
-  void writeRest(std::size_t list, std::string& bytes) const;
+  /// Appends the numbers of a list, each as the difference from the one before, the first one from `before`.
+  void write(std::size_t list, std::uint32_t before, std::string& bytes) const;
+  /// The same, from 0, for the numbers of a list and one of `others` together, in order. They have none in
+  /// common.
+  void writeWith(std::size_t list, const TokenNumbers& others, std::size_t othersList,
+                 std::string& bytes) const;
 
  private:
   // A block is the place of the next one, in four bytes, and then bytes of the list.

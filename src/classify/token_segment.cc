@@ -1,8 +1,8 @@
 #include "classify/token_segment.h"
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
-#include <optional>
 #include <utility>
 
 #include "classify/message_text.h"
@@ -55,24 +55,38 @@ void prefetchBehind(Messages messages, std::size_t index) {
   }
 }
 
-void collect(Messages messages, TokenSegmentBuilder& builder) {
-  constexpr std::size_t readTogether = 64;
-  Tokenizer tokenizer;
-  std::optional<ContentReading> reading;
-  for (std::size_t i = 0; i < messages.size(); ++i) {
-    if (i % readTogether == 0) {
-      reading.reset();
-      reading.emplace();
+/// The messages of a segment, of which each thread takes some at a time.
+class Work {
+ public:
+  explicit Work(Messages messages) : messages_(messages), ids_(messages.size()) {}
+
+  /// Collects until nothing is left.
+  void collect(TokenSegmentBuilder& builder) {
+    Tokenizer tokenizer;
+    for (std::size_t begin = next_.fetch_add(together); begin < messages_.size();
+         begin = next_.fetch_add(together)) {
+      const ContentReading reading;
+      for (std::size_t i = begin; i < std::min(begin + together, messages_.size()); ++i) {
+        prefetchBehind(messages_, i);
+        ids_[i] = messages_[i]->id;
+        builder.beginMessage(static_cast<std::uint32_t>(i));
+        forEachSearchableText(*messages_[i], [&](std::string_view text) {
+          tokenizer.forEachToken(text, [&](std::string_view token) { builder.addRoomyToken(token); });
+          builder.settle();
+        });
+      }
     }
-    prefetchBehind(messages, i);
-    builder.beginMessage(messages[i]->id);
-    forEachSearchableText(*messages[i], [&](std::string_view text) {
-      tokenizer.forEachToken(text, [&](std::string_view token) { builder.addRoomyToken(token); });
-      builder.settle();
-    });
+    builder.sort();
   }
-  builder.sort();
-}
+  /// The ids of the messages, once all have been collected.
+  [[nodiscard]] std::vector<Text> takeIDs() { return std::move(ids_); }
+
+ private:
+  static constexpr std::size_t together = 128;
+  Messages messages_;
+  std::vector<Text> ids_;
+  std::atomic<std::size_t> next_ = 0;
+};
 
 }  // namespace
 
@@ -189,16 +203,15 @@ std::size_t TokenSegment::memory() const {
 
 std::shared_ptr<const TokenSegment> TokenSegment::build(Messages messages) {
   constexpr std::size_t worthTwoThreads = 256;
-  TokenSegmentBuilder builder;
+  Work work(messages);
+  TokenSegmentBuilder first;
   if (messages.size() < worthTwoThreads) {
-    collect(messages, builder);
-    return builder.finish();
+    work.collect(first);
+    return first.finish(work.takeIDs());
   }
-  const auto half = messages.size() / 2;
   TokenSegmentBuilder second;
-  doTogether([&] { collect(messages.first(half), builder); },
-             [&] { collect(messages.subspan(half), second); });
-  return builder.finishWith(second);
+  doTogether([&] { work.collect(first); }, [&] { work.collect(second); });
+  return first.finishWith(second, work.takeIDs());
 }
 
 TokenSegmentLoader::TokenSegmentLoader() : segment_(std::make_shared<TokenSegment>()) {}

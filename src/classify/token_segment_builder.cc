@@ -62,13 +62,13 @@ void TokenSegmentBuilder::insert(Slot& slot, std::string_view token, const Key& 
   }
 }
 
-void TokenSegmentBuilder::beginMessage(const Text& id) {
+void TokenSegmentBuilder::beginMessage(std::uint32_t number) {
   settle();
-  messageIDs_.push_back(id);
+  number_ = number;
 }
 
 void TokenSegmentBuilder::settle() {
-  const auto number = static_cast<std::uint32_t>(messageIDs_.size() - 1);
+  const auto number = number_;
   std::array<std::uint32_t, mostWaiting> grown;
   std::size_t grownCount = 0;
   for (std::size_t i = 0; i < waitingCount_; ++i) {
@@ -113,88 +113,81 @@ void TokenSegmentBuilder::sort() {
   isSorted_ = true;
 }
 
-std::strong_ordering TokenSegmentBuilder::compare(const Sorted& own, const TokenSegmentBuilder& behind,
-                                                  const Sorted& other) const {
-  if (own.first != other.first) {
-    return own.first <=> other.first;
+std::strong_ordering TokenSegmentBuilder::compare(const Sorted& own, const TokenSegmentBuilder& other,
+                                                  const Sorted& others) const {
+  if (own.first != others.first) {
+    return own.first <=> others.first;
   }
-  if (own.second != other.second) {
-    return own.second <=> other.second;
+  if (own.second != others.second) {
+    return own.second <=> others.second;
   }
-  return tokenOf(own.entry) <=> behind.tokenOf(other.entry);
+  return tokenOf(own.entry) <=> other.tokenOf(others.entry);
 }
 
-void TokenSegmentBuilder::join(std::span<const Sorted> own, const TokenSegmentBuilder& behind,
+void TokenSegmentBuilder::join(std::span<const Sorted> own, const TokenSegmentBuilder& other,
                                std::span<const Sorted> others, TokenSegment& segment) const {
-  const auto base = static_cast<std::uint32_t>(messageIDs_.size());
-  auto& postings = segment.postings_;
   while (!own.empty() || !others.empty()) {
     const auto order = others.empty() ? std::strong_ordering::less
                        : own.empty()  ? std::strong_ordering::greater
-                                      : compare(own.front(), behind, others.front());
-    segment.tokenBytes_ +=
-        std::is_lteq(order) ? tokenOf(own.front().entry) : behind.tokenOf(others.front().entry);
+                                      : compare(own.front(), other, others.front());
+    const bool isOwn = std::is_lteq(order);
+    const bool isOthers = std::is_gteq(order);
+    segment.tokenBytes_ += isOwn ? tokenOf(own.front().entry) : other.tokenOf(others.front().entry);
     segment.tokenEnds_.push_back(segment.tokenBytes_.size());
-    std::uint32_t last = 0;
-    if (std::is_lteq(order)) {
-      const auto entry = own.front().entry;
-      appendNumber(postings, numbers_.first(entry));
-      numbers_.writeRest(entry, postings);
-      last = numbers_.last(entry);
-      own = own.subspan(1);
+    if (isOwn && isOthers) {
+      numbers_.writeWith(own.front().entry, other.numbers_, others.front().entry, segment.postings_);
+    } else if (isOwn) {
+      numbers_.write(own.front().entry, 0, segment.postings_);
+    } else {
+      other.numbers_.write(others.front().entry, 0, segment.postings_);
     }
-    if (std::is_gteq(order)) {
-      const auto entry = others.front().entry;
-      appendNumber(postings, base + behind.numbers_.first(entry) - last);
-      behind.numbers_.writeRest(entry, postings);
-      others = others.subspan(1);
-    }
-    segment.postingEnds_.push_back(postings.size());
+    segment.postingEnds_.push_back(segment.postings_.size());
+    own = own.subspan(isOwn ? 1 : 0);
+    others = others.subspan(isOthers ? 1 : 0);
   }
 }
 
-std::shared_ptr<const TokenSegment> TokenSegmentBuilder::finish() {
+std::shared_ptr<const TokenSegment> TokenSegmentBuilder::finish(std::vector<Text> messageIDs) {
   TokenSegmentBuilder nothing;
-  return finishWith(nothing);
+  return finishWith(nothing, std::move(messageIDs));
 }
 
-std::shared_ptr<const TokenSegment> TokenSegmentBuilder::finishWith(TokenSegmentBuilder& behind) {
-  for (auto* builder : {this, &behind}) {
+std::shared_ptr<const TokenSegment> TokenSegmentBuilder::finishWith(TokenSegmentBuilder& other,
+                                                                    std::vector<Text> messageIDs) {
+  for (auto* builder : {this, &other}) {
     if (!builder->isSorted_) {
       builder->sort();
     }
   }
   auto segment = std::make_shared<TokenSegment>();
   const auto reserve = [&](TokenSegment& part, std::size_t divisor) {
-    const auto tokens = tokenEnds_.size() + behind.tokenEnds_.size();
-    part.tokenBytes_.reserve((tokenBytes_.size() + behind.tokenBytes_.size()) / divisor);
+    const auto tokens = tokenEnds_.size() + other.tokenEnds_.size();
+    part.tokenBytes_.reserve((tokenBytes_.size() + other.tokenBytes_.size()) / divisor);
     part.tokenEnds_.reserve(tokens / divisor);
     part.postingEnds_.reserve(tokens / divisor);
     // Most numbers take one byte.
-    part.postings_.reserve((pairCount_ + behind.pairCount_ + tokens * longestNumber) / divisor);
+    part.postings_.reserve((pairCount_ + other.pairCount_ + tokens * longestNumber) / divisor);
   };
   reserve(*segment, 1);
   const std::span<const Sorted> own(sorted_);
-  const std::span<const Sorted> others(behind.sorted_);
+  const std::span<const Sorted> others(other.sorted_);
   constexpr std::size_t worthTwoThreads = 4096;
   if (own.size() < worthTwoThreads) {
-    join(own, behind, others, *segment);
+    join(own, other, others, *segment);
   } else {
     // The words below one from the middle, and the rest.
     const auto ownMiddle = own.size() / 2;
     const auto cut = std::ranges::partition_point(
-        others, [&](const Sorted& other) { return std::is_gt(compare(own[ownMiddle], behind, other)); });
+        others, [&](const Sorted& each) { return std::is_gt(compare(own[ownMiddle], other, each)); });
     const auto othersMiddle = static_cast<std::size_t>(cut - others.begin());
     TokenSegment rest;
     reserve(rest, 2);
-    doTogether([&] { join(own.first(ownMiddle), behind, others.first(othersMiddle), *segment); },
-               [&] { join(own.subspan(ownMiddle), behind, others.subspan(othersMiddle), rest); });
+    doTogether([&] { join(own.first(ownMiddle), other, others.first(othersMiddle), *segment); },
+               [&] { join(own.subspan(ownMiddle), other, others.subspan(othersMiddle), rest); });
     segment->append(rest);
   }
-  segment->messageIDs_ = std::move(messageIDs_);
-  segment->messageIDs_.insert(segment->messageIDs_.end(), behind.messageIDs_.begin(),
-                              behind.messageIDs_.end());
-  segment->pairCount_ = pairCount_ + behind.pairCount_;
+  segment->messageIDs_ = std::move(messageIDs);
+  segment->pairCount_ = pairCount_ + other.pairCount_;
   segment->shrinkToFit();
   return segment;
 }

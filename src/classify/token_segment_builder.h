@@ -17,13 +17,14 @@
 
 namespace tidewrack {
 
-/// Collects tokens message by message. One thread at a time.
+/// Collects tokens message by message. One thread at a time; two builders can share the messages of a
+/// segment.
 class TokenSegmentBuilder {
  public:
   TokenSegmentBuilder();
 
-  /// Opens the next message; its tokens follow.
-  void beginMessage(const Text& id);
+  /// Opens the message with this number, above those before; its tokens follow.
+  void beginMessage(std::uint32_t number);
   /// A token of the open message, not empty; one seen before in it is ignored. Its bytes stay until `settle`.
   void addToken(std::string_view token) { wait(token, endsOf(token)); }
   /// The same for a token of which eight bytes can be read, whatever its size.
@@ -32,11 +33,11 @@ class TokenSegmentBuilder {
   void settle();
   /// Brings the tokens into order; no more come. `finish` does it where this was not called.
   void sort();
-  /// The segment; the builder is spent.
-  [[nodiscard]] std::shared_ptr<const TokenSegment> finish();
-  /// The segment with everything that `behind` has collected, its messages behind those of this builder. Both
-  /// are spent.
-  [[nodiscard]] std::shared_ptr<const TokenSegment> finishWith(TokenSegmentBuilder& behind);
+  /// The segment of the messages with these ids; the builder is spent.
+  [[nodiscard]] std::shared_ptr<const TokenSegment> finish(std::vector<Text> messageIDs);
+  /// The same with what `other` has collected of other messages of the segment. Both are spent.
+  [[nodiscard]] std::shared_ptr<const TokenSegment> finishWith(TokenSegmentBuilder& other,
+                                                               std::vector<Text> messageIDs);
 
  private:
   /// One place of the hash table. What decides about most tokens lies here, so that a token which the message
@@ -75,10 +76,10 @@ class TokenSegmentBuilder {
     std::uint64_t second;  // The next eight. Zeros where the token has ended, which are in none.
     std::uint32_t entry;
   };
-  [[nodiscard]] std::strong_ordering compare(const Sorted& own, const TokenSegmentBuilder& behind,
-                                             const Sorted& other) const;
+  [[nodiscard]] std::strong_ordering compare(const Sorted& own, const TokenSegmentBuilder& other,
+                                             const Sorted& others) const;
   /// Puts these tokens of both builders behind those of the segment.
-  void join(std::span<const Sorted> own, const TokenSegmentBuilder& behind, std::span<const Sorted> others,
+  void join(std::span<const Sorted> own, const TokenSegmentBuilder& other, std::span<const Sorted> others,
             TokenSegment& segment) const;
   void grow();
 
@@ -91,7 +92,7 @@ class TokenSegmentBuilder {
   TokenNumbers numbers_;  // A list for each entry.
   std::vector<Sorted> sorted_;
   bool isSorted_ = false;
-  std::vector<Text> messageIDs_;
+  std::uint32_t number_ = 0;  // Of the open message.
   std::uint64_t pairCount_ = 0;
   std::array<Waiting, mostWaiting> waiting_;
   std::size_t waitingCount_ = 0;
