@@ -68,7 +68,6 @@ Gtk::Widget* makeBadge(const MessageBadge& badge) {
   if (const auto* name = std::get_if<std::string_view>(&badge.color)) {
     pill->add_css_class(tintClass(*name));
   } else {
-    pill->add_css_class("own-colour");
     pill->add_css_class(colourClass(std::get<RGBColor>(badge.color)));
   }
   pill->append(*makeSymbol(badge.systemImage, badgeIconSize));
