@@ -90,9 +90,13 @@ bool meansUnsupported(int error) {
 }
 
 // Copies to the end of the source; the error number, or 0.
-int copyAll(int source, int destination, std::uint64_t expectedSize) {
+int copyAll(int source, int destination, std::uint64_t expectedSize, const CopyProgress& progress) {
   // Some file systems let both files share their blocks.
   if (::ioctl(destination, FICLONE, source) == 0) {
+    struct stat status = {};
+    if (progress && ::fstat(destination, &status) == 0 && status.st_size > 0) {
+      progress(static_cast<std::uint64_t>(status.st_size), expectedSize);
+    }
     return 0;
   }
   // A disk without room for the whole says so before anything is copied, and blocks that are taken in one go
@@ -133,6 +137,9 @@ int copyAll(int source, int destination, std::uint64_t expectedSize) {
     // A failure here is seen by the fsync as well.
     ::sync_file_range(destination, static_cast<off_t>(copied), count, SYNC_FILE_RANGE_WRITE);
     copied += static_cast<std::uint64_t>(count);
+    if (progress) {
+      progress(copied, expectedSize);
+    }
   }
 }
 
@@ -219,7 +226,7 @@ void writeFileAtomically(const fs::path& path, std::string_view bytes) {
   file.commit();
 }
 
-void copyFile(const fs::path& source, const fs::path& destination) {
+void copyFile(const fs::path& source, const fs::path& destination, const CopyProgress& progress) {
   // Without O_NONBLOCK the opening of a named pipe would wait for a writer.
   const Descriptor from(::open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status = {};
@@ -235,8 +242,8 @@ void copyFile(const fs::path& source, const fs::path& destination) {
   }
   Unfinished unfinished(destination);
   ::fchmod(to.number(), 0600);
-  if (const int error = copyAll(from.number(), to.number(), static_cast<std::uint64_t>(status.st_size));
-      error != 0) {
+  const auto expectedSize = static_cast<std::uint64_t>(status.st_size);
+  if (const int error = copyAll(from.number(), to.number(), expectedSize, progress); error != 0) {
     throw copyFailure(source, error);
   }
   if (::fsync(to.number()) != 0 || !to.close()) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -33,9 +35,16 @@ std::string readFile(const std::filesystem::path& path);
 /// one is there, whole and on the disk (temporary file, fsync, rename, fsync of the folder).
 void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes);
 
+/// How a copy goes on: the first `there` bytes of the destination can be read, and `expected` is the size
+/// that the source had at the beginning (0 for some virtual files). A source that grows gives more bytes than
+/// that.
+using CopyProgress = std::function<void(std::uint64_t there, std::uint64_t expected)>;
+
 /// Copies a regular file to a place where nothing is yet, without passing the bytes through the program where
 /// the system can do so, and gives the copy to the disk. After a failure nothing is left at `destination`.
-void copyFile(const std::filesystem::path& source, const std::filesystem::path& destination);
+/// `progress` is called after each piece of some bytes, on this thread, and must not throw.
+void copyFile(const std::filesystem::path& source, const std::filesystem::path& destination,
+              const CopyProgress& progress = {});
 
 /// Removes a file, or a folder with all it holds. A path where nothing is fails.
 void removeItem(const std::filesystem::path& path);

@@ -125,7 +125,12 @@ class Descriptor {
 
 }  // namespace
 
-MappedFile::MappedFile(const std::filesystem::path& path) {
+MappedFile::MappedFile(const std::filesystem::path& path) : MappedFile(path, std::nullopt) {}
+
+MappedFile::MappedFile(const std::filesystem::path& path, std::size_t size)
+    : MappedFile(path, std::optional(size)) {}
+
+MappedFile::MappedFile(const std::filesystem::path& path, std::optional<std::size_t> expectedSize) {
   const Descriptor descriptor(path);
   struct stat status {};
   if (descriptor.number() < 0 || ::fstat(descriptor.number(), &status) != 0) {
@@ -134,10 +139,10 @@ MappedFile::MappedFile(const std::filesystem::path& path) {
   if (!S_ISREG(status.st_mode)) {
     throw readFailure(path, S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
   }
-  if (status.st_size == 0) {
+  const std::size_t size = expectedSize.value_or(static_cast<std::size_t>(status.st_size));
+  if (size == 0) {
     return;  // There is nothing to map.
   }
-  const auto size = static_cast<std::size_t>(status.st_size);
   void* const address = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, descriptor.number(), 0);
   if (address == MAP_FAILED) {
     throw readFailure(path, errno);

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string_view>
 
 namespace tidewrack {
@@ -16,6 +17,9 @@ class MappedFile {
   MappedFile() = default;
   /// Throws FileFailure when the file cannot be read or is no regular file.
   explicit MappedFile(const std::filesystem::path& path);
+  /// The same for a file that is still being written and will have `size` bytes. A byte must not be looked at
+  /// before it is there: its page would stay zeros.
+  MappedFile(const std::filesystem::path& path, std::size_t size);
   MappedFile(MappedFile&& other) noexcept;
   MappedFile& operator=(MappedFile&& other) noexcept;
   ~MappedFile();
@@ -25,6 +29,8 @@ class MappedFile {
   }
 
  private:
+  MappedFile(const std::filesystem::path& path, std::optional<std::size_t> expectedSize);
+
   void* address_ = nullptr;
   std::size_t size_ = 0;
 };

@@ -127,6 +127,26 @@ TEST(Files, ACopyHoldsTheSameBytesAndIsPrivate) {
   EXPECT_EQ(modeOf(folder / "copy"), 0600U);
 }
 
+TEST(Files, ACopyTellsWhatOfItCanBeRead) {
+  const TemporaryFolder folder;
+  constexpr std::size_t size = 40'000'000;
+  write(folder / "source", std::string(size, 'x'));
+  std::vector<std::uint64_t> told;
+  copyFile(folder / "source", folder / "copy", [&](std::uint64_t there, std::uint64_t expected) {
+    EXPECT_GE(std::filesystem::file_size(folder / "copy"), there);
+    EXPECT_GT(there, told.empty() ? 0U : told.back());
+    EXPECT_EQ(expected, size);
+    told.push_back(there);
+  });
+  ASSERT_FALSE(told.empty());
+  EXPECT_EQ(told.back(), size);
+  told.clear();
+  write(folder / "empty", "");
+  copyFile(folder / "empty", folder / "copy of empty",
+           [&](auto there, auto /*expected*/) { told.push_back(there); });
+  EXPECT_TRUE(told.empty());
+}
+
 TEST(Files, AnEmptyFileIsCopied) {
   const TemporaryFolder folder;
   write(folder / "source", "");
