@@ -19,11 +19,11 @@ constexpr std::size_t defaultChunkSize = std::size_t{1} << 20U;  // bytes
 constexpr std::size_t mostHelpers = 3;
 
 // The messages that begin in a chunk. Its last one may reach far beyond it.
-void readChunk(std::string_view bytes, std::size_t begin, std::size_t end, MessageReader& reader,
-               MessageList& messages) {
+void readChunk(std::string_view bytes, const ArrivingBytes& arriving, std::size_t begin, std::size_t end,
+               MessageReader& reader, MessageList& messages) {
   // Reads what follows a separator, up to the next one.
   const auto readMessage = [&](std::size_t message) {
-    const std::size_t next = findSeparator(bytes, message);
+    const std::size_t next = findSeparator(bytes, message, arriving);
     if (auto made = reader.read(message, next - message)) {
       messages.push_back(std::move(made));
     }
@@ -34,18 +34,21 @@ void readChunk(std::string_view bytes, std::size_t begin, std::size_t end, Messa
     separator = readMessage(0);  // The beginning of the archive begins a message without a separator.
   } else {
     // In this chunk only, so that the chunks of a message that fills many are not all read to its end.
-    separator = findSeparator(bytes.substr(0, end + separatorSize), begin);
+    const std::string_view upToEnd = bytes.substr(0, end + separatorSize);
+    arriving.waitUntil(upToEnd.size());
+    separator = findSeparator(upToEnd, begin);
   }
   while (separator < end) {
-    separator = readMessage(behindLine(bytes, separator));
+    separator = readMessage(behindLine(bytes, separator, arriving));
   }
 }
 
 // The state that the threads of one reading share.
 class Chunks {
  public:
-  Chunks(std::string_view bytes, std::size_t chunkSize, std::size_t window)
+  Chunks(std::string_view bytes, const ArrivingBytes& arriving, std::size_t chunkSize, std::size_t window)
       : bytes_(bytes),
+        arriving_(arriving),
         chunkSize_(chunkSize),
         count_((bytes.size() + chunkSize - 1) / chunkSize),
         slots_(window) {}
@@ -108,7 +111,7 @@ class Chunks {
     done.isDone = true;
     try {
       const std::size_t begin = index * chunkSize_;
-      readChunk(bytes_, begin, std::min(begin + chunkSize_, bytes_.size()), reader, done.messages);
+      readChunk(bytes_, arriving_, begin, std::min(begin + chunkSize_, bytes_.size()), reader, done.messages);
     } catch (...) {
       done.failure = std::current_exception();
     }
@@ -118,6 +121,7 @@ class Chunks {
   }
 
   const std::string_view bytes_;
+  const ArrivingBytes& arriving_;
   const std::size_t chunkSize_;
   const std::size_t count_;
   std::mutex mutex_;
@@ -171,7 +175,9 @@ void ChunkedReader::setChunks(std::size_t chunkSize, std::size_t helperCount) {
 
 void ChunkedReader::read(const std::function<void(std::shared_ptr<const EmailMessage>)>& visit) {
   const std::size_t window = 4 * (helperCount_ + 1);
-  Chunks chunks(archive_->bytes(), chunkSize_, window);
+  const std::string_view bytes = archive_->bytes();
+  const ArrivingBytes allThere(bytes.size(), bytes.size());
+  Chunks chunks(bytes, arriving_ != nullptr ? *arriving_ : allThere, chunkSize_, window);
 
   Helpers helpers(chunks);
   for (std::size_t i = 0; i < helperCount_ && i + 1 < chunks.count(); ++i) {

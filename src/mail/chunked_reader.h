@@ -6,6 +6,7 @@
 
 #include "mail/archive.h"
 #include "mail/records.h"
+#include "platform/arriving_bytes.h"
 
 namespace tidewrack {
 
@@ -19,6 +20,10 @@ class ChunkedReader {
   /// For tests: another size of chunks (bytes, above 0) and number of helping threads.
   void setChunks(std::size_t chunkSize, std::size_t helperCount);
 
+  /// The bytes of the archive are still arriving: read() waits for them, and throws ArrivalFailure when they
+  /// end early. `arriving` has the size of the archive as its total and outlives the reading.
+  void follow(const ArrivingBytes& arriving) { arriving_ = &arriving; }
+
   /// Calls `visit` on this thread for each message in turn. What it throws comes out of here; no helper runs
   /// any more then.
   void read(const std::function<void(std::shared_ptr<const EmailMessage>)>& visit);
@@ -29,6 +34,7 @@ class ChunkedReader {
   Text libraryName_;
   std::size_t chunkSize_;
   std::size_t helperCount_;
+  const ArrivingBytes* arriving_ = nullptr;  // null: all is there
 };
 
 }  // namespace tidewrack

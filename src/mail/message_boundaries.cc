@@ -30,4 +30,30 @@ std::size_t behindLine(std::string_view bytes, std::size_t line) noexcept {
   return std::min(line + 1, bytes.size());
 }
 
+std::size_t findSeparator(std::string_view bytes, std::size_t from, const ArrivingBytes& arriving) {
+  std::size_t there = arriving.count();
+  while (true) {
+    const std::size_t found = findSeparator(bytes.substr(0, there), from);
+    if (found < there || there == bytes.size()) {
+      return found;
+    }
+    // The beginning of a separator may be there already.
+    from = std::max(from, there - std::min(there, separatorSize - 1));
+    there = arriving.waitUntil(there + 1);
+  }
+}
+
+std::size_t behindLine(std::string_view bytes, std::size_t line, const ArrivingBytes& arriving) {
+  std::size_t there = arriving.count();
+  while (true) {
+    const std::size_t next = behindLine(bytes.substr(0, there), line);
+    if (next < there || there == bytes.size()) {
+      return next;
+    }
+    // Either the last byte that is there ends the line, or none does.
+    line = std::max(line, there - std::min<std::size_t>(there, 1));
+    there = arriving.waitUntil(there + 1);
+  }
+}
+
 }  // namespace tidewrack
