@@ -137,7 +137,8 @@ std::vector<MBOXLibrary> LibraryCatalog::loadLibraries() const {
   return libraries;
 }
 
-std::vector<MBOXLibrary> LibraryCatalog::importLibraries(const std::vector<fs::path>& urls) const {
+std::vector<MBOXLibrary> LibraryCatalog::importLibraries(const std::vector<fs::path>& urls,
+                                                         const CopyObserver& observer) const {
   if (urls.empty()) {
     return {};
   }
@@ -147,12 +148,21 @@ std::vector<MBOXLibrary> LibraryCatalog::importLibraries(const std::vector<fs::p
     const std::string sourceName = lastPathComponent(url);
     std::string displayName = withoutExtension(sourceName);
     const std::string storedName = makeStoredName(sourceName);
-    copyFile(url, librariesFolder() / storedName);
     if (displayName.empty()) {
       displayName = sourceName;
     }
-    imported.push_back({UUID::make().string(), displayName, storedName, clock_(), false});
-    libraries.push_back(imported.back());
+    MBOXLibrary library{UUID::make().string(), displayName, storedName, {}, false};
+    const fs::path file = fileLocation(library);
+    CopyProgress progress;
+    if (observer) {
+      progress = [&](std::uint64_t there, std::uint64_t expected) {
+        observer({library, file, there, expected});
+      };
+    }
+    copyFile(url, file, progress);
+    library.importedAt = clock_();
+    imported.push_back(library);
+    libraries.push_back(std::move(library));
   }
   writeLibraries(libraries);
   sortNewestFirst(imported);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <vector>
@@ -21,6 +22,15 @@ struct MBOXLibrary {
 
   friend bool operator==(const MBOXLibrary&, const MBOXLibrary&) = default;
 };
+
+/// A copy that importLibraries is making.
+struct CopyUnderWay {
+  const MBOXLibrary& library;         ///< As it will be; `importedAt` is not known yet.
+  const std::filesystem::path& file;  ///< The copy.
+  std::uint64_t there;                ///< This many bytes of the copy can be read.
+  std::uint64_t expected;             ///< Its size in the end, unless the source changes meanwhile.
+};
+using CopyObserver = std::function<void(const CopyUnderWay&)>;
 
 /// Newest first by `importedAt`; libraries of the same time keep their order.
 void sortNewestFirst(std::vector<MBOXLibrary>& libraries);
@@ -51,9 +61,10 @@ class LibraryCatalog {
   [[nodiscard]] std::vector<MBOXLibrary> loadLibraries() const;
   /// Copies each file and adds a library for it, also when the same file was imported before. Gives the new
   /// libraries, newest first. When a copy fails, the copies made before it stay in the folder and the catalog
-  /// is not written. An empty list touches nothing.
-  [[nodiscard]] std::vector<MBOXLibrary> importLibraries(
-      const std::vector<std::filesystem::path>& urls) const;
+  /// is not written. An empty list touches nothing. `observer` is called on this thread after each piece of a
+  /// copy and must not throw; a copy has ended when that of the next file begins or the operation returns.
+  [[nodiscard]] std::vector<MBOXLibrary> importLibraries(const std::vector<std::filesystem::path>& urls,
+                                                         const CopyObserver& observer = {}) const;
   /// Adds a library that has no local file, or gives the one that has this id already.
   [[nodiscard]] MBOXLibrary adoptLibrary(const DiscoveredLibrary& discovered) const;
   /// Gives the library a new name (trimmed) and takes its cloud-derived mark; the whole list, newest first.

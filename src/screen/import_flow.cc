@@ -1,10 +1,12 @@
 #include <algorithm>
 #include <iterator>
+#include <map>
+#include <optional>
 #include <span>
 
 #include "classify/token_segment.h"
+#include "library/copy_and_read.h"
 #include "library/store_operations.h"
-#include "mail/mbox_importer.h"
 #include "platform/localized.h"
 #include "platform/log.h"
 #include "screen/content_view.h"
@@ -48,6 +50,7 @@ SavedMessages save(MessageList parsed, bool collectsWords, ModelContext& context
 struct ContentView::ImportRun {
   std::vector<std::filesystem::path> urls;
   std::vector<MBOXLibrary> newLibraries;
+  std::map<Text, EarlyMessages> early;  // By library, until its turn to be parsed comes.
   MessageList parsed;
   SharedMessageList stored;
   std::size_t messageCount = 0;  // Parsed so far.
@@ -95,6 +98,9 @@ Task<> ContentView::performImport(std::vector<std::filesystem::path> urls) {
   }
   importNeedsIndex_ = false;
   releaseInBackground(std::move(run.stored));
+  if (!run.early.empty()) {
+    releaseInBackground(std::move(run.early));
+  }
   services_.executor.post([this] { isImporting.set(false); });
 }
 
@@ -110,9 +116,12 @@ Task<> ContentView::copyFiles(ImportRun& run) {
     run.completedFiles = index;
     report(run, ImportProgressStep::copyingFiles);
     const auto turn = co_await catalogLock_.turn(services_.executor);
-    auto copy = [catalog = catalog(), url = run.urls[index]] { return catalog.importLibraries({url}); };
+    auto copy = [catalog = catalog(), url = run.urls[index]] { return copyAndRead(catalog, url); };
     auto added = co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(copy));
-    std::ranges::move(added, std::back_inserter(run.newLibraries));
+    if (added.early && !added.libraries.empty()) {
+      run.early.emplace(added.libraries.front().id, *std::move(added.early));
+    }
+    std::ranges::move(added.libraries, std::back_inserter(run.newLibraries));
   }
   auto all = libraries();
   all.insert(all.end(), run.newLibraries.begin(), run.newLibraries.end());
@@ -132,8 +141,12 @@ Task<> ContentView::parseFiles(ImportRun& run) {
     };
     const auto file =
         co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(locate));
-    auto parse = [file, library] {
-      return MBOXImporter::importFiles({file}, library.id, library.displayName);
+    std::optional<EarlyMessages> early;
+    if (auto read = run.early.extract(library.id)) {
+      early = std::move(read.mapped());
+    }
+    auto parse = [file, library, early = std::move(early)]() mutable {
+      return messagesOfCopy(file, library, std::move(early));
     };
     auto parsed = co_await inBackground(services_.executor, TaskPriority::userInitiated, std::move(parse));
     run.messageCount += parsed.size();

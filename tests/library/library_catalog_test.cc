@@ -175,6 +175,22 @@ TEST_F(LibraryCatalogTest, ACopyThatRunsOutOfRoomLeavesNothingOfTheFile) {
   EXPECT_THAT(copies(), ElementsAre(EndsWith("-old.mbox")));
 }
 
+TEST_F(LibraryCatalogTest, AnObserverLearnsOfEachCopyWithItsLibraryAsItWillBe) {
+  std::vector<MBOXLibrary> seen;
+  const auto observe = [&](const CopyUnderWay& copy) {
+    EXPECT_EQ(std::filesystem::file_size(copy.file), copy.there);
+    EXPECT_EQ(copy.expected, 7U);
+    EXPECT_EQ(copy.file, catalog().fileLocation(copy.library));
+    seen.push_back(copy.library);
+  };
+  const auto imported =
+      catalog().importLibraries({archive("a.mbox"), archive("empty.mbox", ""), archive(".mbox")}, observe);
+  ASSERT_THAT(names(imported), ElementsAre(".mbox", "empty", "a"));
+  ASSERT_THAT(names(seen), ElementsAre("a", ".mbox"));
+  EXPECT_EQ(seen[0].id, imported[2].id);
+  EXPECT_EQ(seen[1].fileName, imported[0].fileName);
+}
+
 TEST_F(LibraryCatalogTest, ANameTooLongForTheStoredCopyIsShortenedBeforeItsExtension) {
   std::string name;
   for (int index = 0; index < 120; ++index) {

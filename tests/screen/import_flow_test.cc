@@ -194,6 +194,35 @@ TEST_F(ImportFlow, ACopiedFileThatCannotBeReadLeavesALibraryWithoutMessages) {
   EXPECT_THAT(loadedIDs(), ElementsAre("b1"));
 }
 
+TEST_F(ImportFlow, ACopyIsReadWhileItIsMadeAndAgainOnlyWhenItHasChanged) {
+  const auto run = screen().performImport({archive("a.mbox", {"a1"}), archive("b.mbox", {"b1"})});
+  runUntil([&] { return importStep() == parsingMessages; });
+  for (const auto& library : screen().libraries()) {
+    const auto file = catalog().fileLocation(library);
+    std::string text = textOf(file);
+    const auto id = text.find(library.displayName == "a" ? "a1" : "b1");
+    ASSERT_NE(id, std::string::npos);
+    text.replace(id, 2, library.displayName == "a" ? "a2" : "b2");
+    write(file, library.displayName == "a" ? text : text + "one more line\n");
+  }
+  executor.runUntilIdle();
+  EXPECT_THAT(loadedIDs(), UnorderedElementsAre("a1", "b2"));
+}
+
+TEST_F(ImportFlow, ASecondFileThatCannotBeCopiedThrowsAwayWhatWasReadOfTheFirst) {
+  import({archive("earlier.mbox", {"e1"})});
+  executor.advance(1s);
+  import({archive("good.mbox", {"g1"}), folder / "archives"});
+  EXPECT_TRUE(statusAs<ImportStatus::Error>());
+  EXPECT_FALSE(screen().isImporting());
+  EXPECT_THAT(loadedIDs(), ElementsAre("e1"));
+  EXPECT_THAT(storedIDs(), ElementsAre("e1"));
+  executor.advance(1s);
+  import({archive("next.mbox", {"n1"})});
+  EXPECT_TRUE(statusAs<ImportStatus::Success>());
+  EXPECT_THAT(loadedIDs(), UnorderedElementsAre("e1", "n1"));
+}
+
 TEST_F(ImportFlow, AFailedSaveKeepsTheLibrariesAndCommitsNothing) {
   import({archive("earlier.mbox", {"e1"})});
   makeSavingFail();
