@@ -23,6 +23,8 @@ class Archive {
   Archive& operator=(const Archive&) = delete;
 
   [[nodiscard]] std::string_view bytes() const noexcept { return bytes_; }
+  /// Whether zeros have come into the place of bytes that the file did not hold.
+  [[nodiscard]] bool hasLostPages() const noexcept { return file_.hasLostPages(); }
 
  private:
   MappedFile file_;

@@ -7,6 +7,11 @@
 #include "mail/chunked_reader.h"
 
 namespace tidewrack {
+namespace {
+
+constexpr std::uint64_t largestPageSize = std::uint64_t{64} << 10U;  // bytes
+
+}  // namespace
 
 bool EarlyMessages::areOf(const std::filesystem::path& file) const {
   std::error_code missing;
@@ -42,11 +47,18 @@ void EarlyReading::read(const std::shared_ptr<const Archive>& archive, const Tex
     reader.follow(arriving_);
     reader.read(
         [&messages](std::shared_ptr<const EmailMessage> message) { messages.push_back(std::move(message)); });
-    sortNewestFirst(messages);
-    messages_ = std::move(messages);
+    if (!archive->hasLostPages()) {
+      sortNewestFirst(messages);
+      messages_ = std::move(messages);
+    }
   } catch (const std::exception&) {
     // The copy has ended too early, or memory has run out.
   }
+}
+
+// A page is looked at when it is whole: not every file system brings later bytes into a page that is mapped.
+void EarlyReading::arrive(std::uint64_t count) {
+  arriving_.arrive(count < arriving_.total() ? count - count % largestPageSize : count);
 }
 
 std::optional<EarlyMessages> EarlyReading::finish() {

@@ -35,7 +35,7 @@ class EarlyReading {
   ~EarlyReading();
 
   /// The first `count` bytes of the file are there.
-  void arrive(std::uint64_t count) { arriving_.arrive(count); }
+  void arrive(std::uint64_t count);
 
   /// Nothing more will arrive. Waits for the end of the reading; nothing unless it was one of all bytes.
   std::optional<EarlyMessages> finish();

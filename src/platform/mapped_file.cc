@@ -34,19 +34,21 @@ FileFailure readFailure(const std::filesystem::path& path, int error) {
 struct GuardedRange {
   std::atomic<std::uintptr_t> begin{0};  // 0: free
   std::atomic<std::uintptr_t> end{0};
+  std::atomic<bool> hasLostPages{false};
 };
 std::array<GuardedRange, 256> guardedRanges;
 std::mutex guardedRangesMutex;  // for adding and removing
 struct sigaction previousAction;
 
-bool isGuarded(std::uintptr_t address) noexcept {
-  for (const GuardedRange& range : guardedRanges) {
+// The range that holds the address; null where none does.
+GuardedRange* guardedRange(std::uintptr_t address) noexcept {
+  for (GuardedRange& range : guardedRanges) {
     const std::uintptr_t begin = range.begin.load(std::memory_order_acquire);
     if (begin != 0 && address >= begin && address < range.end.load(std::memory_order_acquire)) {
-      return true;
+      return &range;
     }
   }
-  return false;
+  return nullptr;
 }
 
 // Puts zeros in the place of a page that the file no longer has.
@@ -55,10 +57,11 @@ void handleBusError(int signal, siginfo_t* info, void* context) {
   const auto pageSize = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
   const auto address = reinterpret_cast<std::uintptr_t>(info->si_addr);
   const bool isFault = info->si_code > 0;  // not sent by somebody
-  if (isFault && isGuarded(address)) {
+  if (GuardedRange* const range = isFault ? guardedRange(address) : nullptr) {
     auto* const page =
         reinterpret_cast<void*>(address & ~(pageSize - 1));  // NOLINT(performance-no-int-to-ptr)
     if (::mmap(page, pageSize, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED) {
+      range->hasLostPages.store(true, std::memory_order_release);
       errno = savedError;
       return;
     }
@@ -89,6 +92,7 @@ void guard(void* address, std::size_t size) {
     if (range.begin.load(std::memory_order_relaxed) == 0) {
       const auto begin = reinterpret_cast<std::uintptr_t>(address);
       range.end.store(begin + size, std::memory_order_release);
+      range.hasLostPages.store(false, std::memory_order_release);
       range.begin.store(begin, std::memory_order_release);
       return;
     }
@@ -160,6 +164,11 @@ MappedFile& MappedFile::operator=(MappedFile&& other) noexcept {
   std::swap(address_, other.address_);
   std::swap(size_, other.size_);
   return *this;
+}
+
+bool MappedFile::hasLostPages() const noexcept {
+  const GuardedRange* const range = guardedRange(reinterpret_cast<std::uintptr_t>(address_));
+  return range != nullptr && range->hasLostPages.load(std::memory_order_acquire);
 }
 
 MappedFile::~MappedFile() {

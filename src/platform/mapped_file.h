@@ -27,6 +27,8 @@ class MappedFile {
   [[nodiscard]] std::string_view bytes() const noexcept {
     return {static_cast<const char*>(address_), size_};
   }
+  /// Whether something was looked at that the file did not hold, and zeros stand in its place.
+  [[nodiscard]] bool hasLostPages() const noexcept;
 
  private:
   MappedFile(const std::filesystem::path& path, std::optional<std::size_t> expectedSize);

@@ -220,6 +220,14 @@ TEST_F(EarlyReadingTest, AFileThatEndsShorterThanExpectedGivesNothing) {
   EXPECT_FALSE(reading.finish()) << "asked again";
 }
 
+TEST_F(EarlyReadingTest, AFileThatIsShorterThanWasToldGivesNothing) {
+  GrowingFile file(folder_ / "a.mbox");
+  file.append(message("one"));
+  EarlyReading reading(file.path(), 1'000'000, "library", "name");
+  reading.arrive(1'000'000);
+  EXPECT_FALSE(reading.finish());
+}
+
 TEST_F(EarlyReadingTest, AFileOfWhichNothingArrivesGivesNothing) {
   const GrowingFile file(folder_ / "a.mbox");
   EarlyReading reading(file.path(), 100'000, "library", "name");
