@@ -1,6 +1,8 @@
 #include "classify/search_token_store.h"
 
+#include <cstdint>
 #include <utility>
+#include <vector>
 
 #include "classify/token_segment_builder.h"
 #include "library/search_token_rows.h"
@@ -33,8 +35,10 @@ void PersistedSearchTokenStore::rewrite(FullTextSearchIndex& index, ModelContext
     segment = TokenSegmentBuilder().finish({});
   }
   const auto produce = [&segment](const SearchTokenVisitor& visit) {
+    std::vector<std::uint32_t> numbers;
     for (std::size_t i = 0; i < segment->tokenCount(); ++i) {
-      visit(segment->token(i), segment->messagesWith(i));
+      segment->readMessagesWith(i, numbers);
+      visit(segment->token(i), numbers);
     }
   };
   writeSearchTokens(tokenizerRules, segment->messageIDs(), produce, context);

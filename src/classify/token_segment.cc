@@ -173,13 +173,18 @@ std::string_view TokenSegment::token(std::size_t index) const {
 
 std::vector<std::uint32_t> TokenSegment::messagesWith(std::size_t tokenIndex) const {
   std::vector<std::uint32_t> numbers;
+  readMessagesWith(tokenIndex, numbers);
+  return numbers;
+}
+
+void TokenSegment::readMessagesWith(std::size_t tokenIndex, std::vector<std::uint32_t>& numbers) const {
+  numbers.clear();
   std::size_t position = tokenIndex == 0 ? 0 : postingEnds_[tokenIndex - 1];
   std::uint32_t number = 0;
   while (position < postingEnds_[tokenIndex]) {
     number += readNumber(postings_, position);
     numbers.push_back(number);
   }
-  return numbers;
 }
 
 std::vector<std::uint32_t> TokenSegment::messagesWith(std::string_view wanted) const {

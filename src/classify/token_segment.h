@@ -38,6 +38,8 @@ class TokenSegment {
   /// The numbers of the messages that hold a token, ascending; none for an unknown token.
   [[nodiscard]] std::vector<std::uint32_t> messagesWith(std::string_view token) const;
   [[nodiscard]] std::vector<std::uint32_t> messagesWith(std::size_t tokenIndex) const;
+  /// The same in place of what `numbers` holds, whose memory serves again.
+  void readMessagesWith(std::size_t tokenIndex, std::vector<std::uint32_t>& numbers) const;
   /// Bytes held, message ids left out.
   [[nodiscard]] std::size_t memory() const;
 

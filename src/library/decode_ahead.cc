@@ -1,5 +1,6 @@
 #include "library/decode_ahead.h"
 
+#include <exception>
 #include <utility>
 
 namespace tidewrack {
@@ -41,78 +42,34 @@ DecodeAhead::DecodeAhead(const MessageList& messages, std::vector<std::size_t> i
     : messages_(messages), indices_(std::move(indices)), thread_([this] { run(); }) {}
 
 DecodeAhead::~DecodeAhead() {
-  {
-    const std::lock_guard guard(mutex_);
-    stopped_ = true;
-  }
-  changed_.notify_all();
+  waiting_.stop();
   thread_.join();
 }
 
 void DecodeAhead::run() {
   try {
-    Weighed current;
-    for (const std::size_t index : indices_) {
-      current.batch.push_back(decode(*messages_[index], index));
-      current.bytes += weightOf(current.batch.back());
-      if (current.bytes >= batchBytes || current.batch.size() >= batchMessages) {
-        if (!push(std::exchange(current, {}))) {
-          return;
-        }
-      }
-    }
-    if (!current.batch.empty()) {
-      push(std::move(current));
-    }
+    decodeAll();
+    waiting_.close();
   } catch (...) {
-    const std::lock_guard guard(mutex_);
-    failure_ = std::current_exception();
+    waiting_.close(std::current_exception());
   }
-  {
-    const std::lock_guard guard(mutex_);
-    done_ = true;
-  }
-  changed_.notify_all();
 }
 
-// Waits for room; false when the work is to stop.
-bool DecodeAhead::push(Weighed batch) {
-  {
-    std::unique_lock guard(mutex_);
-    changed_.wait(guard, [&] { return waitingBytes_ < bound || stopped_; });
-    if (stopped_) {
-      return false;
-    }
-    waitingBytes_ += batch.bytes;
-    waiting_.push_back(std::move(batch));
-  }
-  changed_.notify_all();
-  return true;
-}
-
-bool DecodeAhead::fitsIntoMemory() {
-  std::unique_lock guard(mutex_);
-  changed_.wait(guard, [&] { return done_ || waitingBytes_ >= bound; });
-  return done_;
-}
-
-DecodeAhead::Batch DecodeAhead::next() {
+void DecodeAhead::decodeAll() {
   Batch batch;
-  {
-    std::unique_lock guard(mutex_);
-    changed_.wait(guard, [&] { return !waiting_.empty() || done_; });
-    if (waiting_.empty()) {
-      if (failure_) {
-        std::rethrow_exception(failure_);
+  std::size_t bytes = 0;
+  for (const std::size_t index : indices_) {
+    batch.push_back(decode(*messages_[index], index));
+    bytes += weightOf(batch.back());
+    if (bytes >= batchBytes || batch.size() >= batchMessages) {
+      if (!waiting_.push(std::exchange(batch, {}), std::exchange(bytes, 0))) {
+        return;
       }
-      return batch;
     }
-    batch = std::move(waiting_.front().batch);
-    waitingBytes_ -= waiting_.front().bytes;
-    waiting_.pop_front();
   }
-  changed_.notify_all();
-  return batch;
+  if (!batch.empty()) {
+    waiting_.push(std::move(batch), bytes);
+  }
 }
 
 }  // namespace tidewrack

@@ -1,16 +1,13 @@
 #pragma once
 
-#include <condition_variable>
 #include <cstddef>
-#include <deque>
-#include <exception>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "mail/records.h"
+#include "platform/bounded_queue.h"
 
 namespace tidewrack {
 
@@ -36,31 +33,20 @@ class DecodeAhead {
   DecodeAhead& operator=(const DecodeAhead&) = delete;
 
   /// Waits until either everything is decoded or the bound is reached; true for the first.
-  bool fitsIntoMemory();
+  bool fitsIntoMemory() { return waiting_.holdsAll(); }
   /// The next few messages, or none behind the last one. Throws what their decoding threw.
-  Batch next();
+  Batch next() { return waiting_.next().value_or(Batch()); }
 
   /// Bytes that may wait (one batch more may be under way).
   static constexpr std::size_t bound = std::size_t{32} << 20U;
 
  private:
-  struct Weighed {
-    Batch batch;
-    std::size_t bytes = 0;
-  };
-
   void run();
-  bool push(Weighed batch);
+  void decodeAll();
 
   const MessageList& messages_;
   const std::vector<std::size_t> indices_;
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::deque<Weighed> waiting_;
-  std::size_t waitingBytes_ = 0;
-  bool done_ = false;
-  bool stopped_ = false;
-  std::exception_ptr failure_;
+  BoundedQueue<Batch> waiting_{bound};
   std::thread thread_;  // Last: it uses the rest.
 };
 

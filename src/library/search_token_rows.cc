@@ -3,27 +3,31 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <exception>
 #include <limits>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "library/message_store.h"
+#include "platform/bounded_queue.h"
 #include "platform/sqlite.h"
 #include "platform/text_numbers.h"
+#include "platform/two_threads.h"
 
 namespace tidewrack {
 namespace {
 
 // Large enough that the part of a page which the end of a row leaves empty does not count.
 constexpr std::size_t bytesInARow = std::size_t{256} << 10U;
+// Rows that wait for being written.
+constexpr std::size_t mostBytesAhead = std::size_t{32} << 20U;
 constexpr std::size_t mostDigits = std::numeric_limits<std::uint32_t>::digits10 + 1;
 
 /// Collects words into rows.
-class RowWriter {
+class RowMaker {
  public:
-  explicit RowWriter(SQLiteConnection& connection)
-      : insert_(connection.prepare("INSERT INTO searchWords (words) VALUES (?)")) {}
+  explicit RowMaker(BoundedQueue<std::string>& rows) : rows_(rows) {}
 
   void add(std::string_view token, std::span<const std::uint32_t> numbers) {
     if (numbers.empty()) {
@@ -51,20 +55,41 @@ class RowWriter {
       finish();
     }
   }
-  /// Writes what is left.
+  /// Hands over what is left.
   void finish() {
     if (!row_.empty()) {
       row_ += '}';
-      insert_.bindText(1, row_);
-      insert_.run();
-      row_.clear();
+      const auto size = row_.size();
+      rows_.push(std::exchange(row_, {}), size);
     }
   }
 
  private:
-  SQLiteStatement insert_;
+  BoundedQueue<std::string>& rows_;
   std::string row_;
 };
+
+void makeRows(const std::function<void(const SearchTokenVisitor& visit)>& produce,
+              BoundedQueue<std::string>& rows) {
+  try {
+    RowMaker maker(rows);
+    produce([&maker](std::string_view token, std::span<const std::uint32_t> numbers) {
+      maker.add(token, numbers);
+    });
+    maker.finish();
+    rows.close();
+  } catch (...) {
+    rows.close(std::current_exception());
+  }
+}
+
+void writeRows(BoundedQueue<std::string>& rows, SQLiteConnection& connection) {
+  auto insert = connection.prepare("INSERT INTO searchWords (words) VALUES (?)");
+  while (const auto row = rows.next()) {
+    insert.bindText(1, *row);
+    insert.run();
+  }
+}
 
 // Each message of the store gets one number at most, and each number one message.
 void writeDocuments(std::span<const Text> messageIDs, SQLiteConnection& connection) {
@@ -206,18 +231,25 @@ void writeSearchTokens(int rules, std::span<const Text> messageIDs,
                        ModelContext& context) {
   MessageStore::Writing writing(context.store());
   writing.begin(MessageStore::Writing::Size::small);
-  writing.with([&](SQLiteConnection& connection) {
+  // The rows are made beside the numbers of the messages, which take as long.
+  BoundedQueue<std::string> rows(mostBytesAhead);
+  const auto write = [&](SQLiteConnection& connection) {
     connection.execute(
         "DELETE FROM searchDocument; DELETE FROM searchWords; DELETE FROM searchTokenRules;"
         "INSERT INTO searchTokenRules VALUES (" +
         std::to_string(rules) + ")");
     writeDocuments(messageIDs, connection);
-    RowWriter writer(connection);
-    produce([&writer](std::string_view token, std::span<const std::uint32_t> numbers) {
-      writer.add(token, numbers);
-    });
-    writer.finish();
-  });
+    writeRows(rows, connection);
+  };
+  const auto writeOrStop = [&] {
+    try {
+      writing.with(write);
+    } catch (...) {
+      rows.stop();
+      throw;
+    }
+  };
+  doTogether(writeOrStop, [&] { makeRows(produce, rows); });
   writing.commit();
 }
 

@@ -22,9 +22,9 @@ using SearchTokenVisitor =
     std::function<void(std::string_view token, std::span<const std::uint32_t> numbers)>;
 
 /// Replaces what is stored, in one transaction. `messageIDs` gives the message of each number; one that the
-/// store does not hold is left out. `produce` is called once and hands over each word once, in ascending byte
-/// order; words consist of letters, marks and digits alone. `rules` tells by what rules the words were cut.
-/// Pending changes of the context stay pending.
+/// store does not hold is left out. `produce` is called once, on a thread of its own, and hands over each
+/// word once, in ascending byte order; words consist of letters, marks and digits alone. `rules` tells by
+/// what rules the words were cut. Pending changes of the context stay pending.
 void writeSearchTokens(int rules, std::span<const Text> messageIDs,
                        const std::function<void(const SearchTokenVisitor& visit)>& produce,
                        ModelContext& context);

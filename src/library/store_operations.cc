@@ -57,27 +57,29 @@ MessageList save(StoreChange change, ModelContext& context, const SaveProgress& 
   changes.push_back(std::move(change));
 
   MessageStore::Writing writing(context.store());
+  const auto upsertOf = [&](const StoreChange& list) {
+    auto upsert = std::make_unique<Upsert>(std::get<UpsertChange>(list).messages);
+    if (&list == &changes.back()) {
+      upsert->accompany(whileSaving);
+    }
+    return upsert;
+  };
   // The first list tells how much there is to write; it decodes while the connection gets ready.
   std::unique_ptr<Upsert> upsert;
   const auto first = std::find_if(changes.begin(), changes.end(), [](const StoreChange& each) {
     return std::holds_alternative<UpsertChange>(each);
   });
   if (first != changes.end()) {
-    upsert = std::make_unique<Upsert>(std::get<UpsertChange>(*first).messages);
+    upsert = upsertOf(*first);
   }
   writing.begin(upsert && !upsert->isSmall() ? MessageStore::Writing::Size::large
                                              : MessageStore::Writing::Size::small);
   for (auto& each : changes) {
-    if (auto* list = std::get_if<UpsertChange>(&each)) {
+    if (std::holds_alternative<UpsertChange>(each)) {
       if (&each != &*first) {
-        upsert = std::make_unique<Upsert>(list->messages);
+        upsert = upsertOf(each);
       }
-      if (&each == &changes.back()) {
-        upsert->accompany(whileSaving);
-        upsert->write(writing, progress);
-      } else {
-        upsert->write(writing, {});
-      }
+      upsert->write(writing, &each == &changes.back() ? progress : SaveProgress());
     } else {
       std::visit(
           [&](const auto& kind) {

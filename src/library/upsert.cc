@@ -1,5 +1,6 @@
 #include "library/upsert.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -11,6 +12,9 @@
 
 namespace tidewrack {
 namespace {
+
+// Rows of messages that are written before other threads may read through the writing connection again.
+constexpr std::size_t rowsInATurn = 64;
 
 /// A writer whose statements come and go in the turn of the writing connection, as its every use does.
 class Writer {
@@ -125,10 +129,11 @@ void Upsert::write(MessageStore::Writing& writing, const SaveProgress& progress)
   // The contents are nearly all of the work, so the progress counts them.
   std::size_t saved = 0;
   for (auto batch = decoder_->next(); !batch.empty(); batch = decoder_->next()) {
-    for (const auto& decoded : batch) {
-      written_[decoded.index] =
-          writer.with([&](MessageWriter& messageWriter) { return messageWriter.writeContents(decoded); });
-    }
+    writer.with([&](MessageWriter& messageWriter) {
+      for (const auto& decoded : batch) {
+        written_[decoded.index] = messageWriter.writeContents(decoded);
+      }
+    });
     saved += batch.size();
     if (progress) {
       progress(saved);
@@ -137,21 +142,29 @@ void Upsert::write(MessageStore::Writing& writing, const SaveProgress& progress)
   if (isFirst) {
     writer.with([](MessageWriter& messageWriter) { messageWriter.dropIndexes(); });
   }
-  forEachWritten([&](std::size_t place) {
-    std::shared_ptr<const EmailMessage> message = messages_[place];
-    if (const auto category = earlierCategories_.find(place); category != earlierCategories_.end()) {
-      auto copy = std::make_shared<EmailMessage>(*message);
-      copy->category = category->second;
-      message = std::move(copy);
-    }
+  for (std::size_t begin = 0; begin < messages_.size(); begin += rowsInATurn) {
     writer.with([&](MessageWriter& messageWriter) {
-      messageWriter.writeMessage(rows[place], *message, written_[place]);
+      for (std::size_t place = begin; place < std::min(begin + rowsInATurn, messages_.size()); ++place) {
+        if (last_[place] == place) {
+          writeRow(messageWriter, rows[place], place);
+        }
+      }
     });
-  });
+  }
   writer.with([](MessageWriter& messageWriter) { messageWriter.finish(); });
   if (progress) {
     progress(messages_.size());
   }
+}
+
+void Upsert::writeRow(MessageWriter& writer, std::optional<std::int64_t> row, std::size_t place) {
+  std::shared_ptr<const EmailMessage> message = messages_[place];
+  if (const auto category = earlierCategories_.find(place); category != earlierCategories_.end()) {
+    auto copy = std::make_shared<EmailMessage>(*message);
+    copy->category = category->second;
+    message = std::move(copy);
+  }
+  writer.writeMessage(row, *message, written_[place]);
 }
 
 void Upsert::refer(MessageList& messages, const std::shared_ptr<MessageStore>& store) {

@@ -38,6 +38,7 @@ class Upsert {
  private:
   template <typename Function>
   void forEachWritten(Function function) const;
+  void writeRow(MessageWriter& writer, std::optional<std::int64_t> row, std::size_t place);
   void workBeside(const WhileSaving& whileSaving);
   void waitForOtherWork();
 
