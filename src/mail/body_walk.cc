@@ -12,6 +12,9 @@
 namespace tidewrack {
 namespace {
 
+// Bytes of a text, as it stands in the message, that are looked at first. Most previews need less.
+constexpr std::size_t beginningSize = 1024;
+
 // Nesting for which memory is kept for the next message.
 constexpr std::size_t keptLevels = 256;
 
@@ -35,6 +38,11 @@ ArchiveSlice sliceOf(const CleanMessage& message, TextRange range, TransferEncod
   const std::size_t begin = message.rawOffsets->rawOffset(range.begin);
   const std::size_t end = message.rawOffsets->rawOffset(range.end);
   return {message.offset + begin, end - begin, false, encoding};
+}
+
+// The text of a message is valid UTF-8 as it stands.
+bool needsNoDecoding(TransferEncoding encoding, UnchangedBytes unchanged) {
+  return encoding == TransferEncoding::identity && unchanged == UnchangedBytes::validUTF8;
 }
 
 }  // namespace
@@ -124,30 +132,72 @@ void BodyWalk::body(const CleanMessage& message, TextRange range, TransferEncodi
   if (result) {
     return;  // Only the first one counts, so the others need no decoding.
   }
-  std::string_view text = range.in(message.text);
-  std::string decoded;
-  if (encoding != TransferEncoding::identity) {
-    decoded = decodeTransfer(text, encoding);
-    text = decoded;
+  kept = {{}, {}, true, range.in(message.text), encoding, pooled(charset.value_or(""), pool_)};
+  if (!decodeBeginning(kept)) {
+    decodeWhole(kept);
   }
-  // The text of a message is valid UTF-8 as it stands.
-  const bool isUnchanged =
-      encoding == TransferEncoding::identity && unchangedBytes(charset) == UnchangedBytes::validUTF8;
-  if (!isUnchanged && !decodesUnchanged(text, charset)) {
-    decoded = decodeText(text, charset);
-    text = decoded;
-  }
-  if (text.empty() && place == LeafPlace::part) {
+  if (kept.text->empty() && place == LeafPlace::part) {
+    kept = {};
     return;
   }
-  const bool isDecoded = text.data() == decoded.data();
-  result = textContent(message.archive, sliceOf(message, range, encoding),
-                       pooled(charset.value_or(""), pool_), text.size());
-  kept.decoded = std::move(decoded);
-  kept.text = isDecoded ? std::string_view(kept.decoded) : text;
+  result = textContent(message.archive, sliceOf(message, range, encoding), kept.charset,
+                       kept.isWhole ? kept.text->size() : unknownSize);
 }
 
-std::string BodyWalk::snippet() const {
+// Gives the body its beginning, if it tells that there is a text at all. As long as the beginning is of ASCII
+// alone it is that of the text, too; what follows decides how other bytes are decoded. False where only the
+// whole can tell.
+bool BodyWalk::decodeBeginning(BodyText& body) {
+  const auto unchanged = unchangedBytes(body.charsetName());
+  if (body.encoded.size() <= beginningSize || body.encoding == TransferEncoding::base64 ||
+      unchanged == UnchangedBytes::none || needsNoDecoding(body.encoding, unchanged)) {
+    return false;
+  }
+  std::string_view beginning = body.encoded.substr(0, beginningSize);
+  if (body.encoding == TransferEncoding::quotedPrintable) {
+    // An escape at the end might be cut in two.
+    constexpr std::size_t longestEscape = 3;
+    beginning = beginning.substr(0, beginning.find('=', beginningSize - longestEscape + 1));
+    body.decoded = decodeQuotedPrintable(beginning);
+    beginning = body.decoded;
+  }
+  // Whatever may follow: where only ASCII is sure to stay as it is, that is how the text has to begin.
+  if (beginning.empty() || (unchanged == UnchangedBytes::ascii && !isASCII(beginning.substr(0, 1)))) {
+    return false;
+  }
+  body.text = beginning;
+  body.isWhole = false;
+  return true;
+}
+
+void BodyWalk::decodeWhole(BodyText& body) {
+  std::string_view text = body.encoded;
+  if (body.encoding != TransferEncoding::identity) {
+    body.decoded = decodeTransfer(text, body.encoding);
+    text = body.decoded;
+  }
+  const auto charset = body.charsetName();
+  if (!needsNoDecoding(body.encoding, unchangedBytes(charset)) && !decodesUnchanged(text, charset)) {
+    body.decoded = decodeText(text, charset);
+    text = body.decoded;
+  }
+  body.text = text;
+  body.isWhole = true;
+}
+
+std::string BodyWalk::snippet() {
+  const bool isPlain = plain_.text && !plain_.text->empty();
+  BodyText& used = isPlain ? plain_ : html_;
+  if (!used.isWhole && isPlain && isASCII(*used.text)) {
+    auto snippet = makeSnippet(used.text, std::nullopt);
+    // Each character is one byte, so that a snippet which has been cut is longer than the longest.
+    if (snippet.size() > longestSnippet) {
+      return snippet;
+    }
+  }
+  if (!used.isWhole) {
+    decodeWhole(used);
+  }
   return makeSnippet(plain_.text, html_.text);
 }
 

@@ -27,8 +27,9 @@ struct CleanMessage {
   RawOffsets* rawOffsets = nullptr;        ///< they are the text itself unless this is given.
 };
 
-/// Walks the MIME structure of a message. What it finds are slices of the archive; only text that may become
-/// a body is decoded. The depth of nesting costs memory, but no stack. Made to be used again for the next
+/// Walks the MIME structure of a message. What it finds are slices of the archive; of a text that may become
+/// a body no more is decoded than it takes to know that it is one, and for the preview. The depth of nesting
+/// costs memory, but no stack. Made to be used again for the next
 /// message, with the memory that it has. One thread at a time.
 class BodyWalk {
  public:
@@ -38,13 +39,21 @@ class BodyWalk {
   ParsedBody walk(const CleanMessage& message, TextRange range, const KnownHeaders& headers);
 
   /// The preview of the message last walked, whose text must still be there.
-  [[nodiscard]] std::string snippet() const;
+  [[nodiscard]] std::string snippet();
 
  private:
-  /// A decoded body: a view of the message where nothing had to be decoded.
+  /// A body as it is known so far: a view of the message where nothing had to be decoded.
   struct BodyText {
     std::string decoded;
     std::optional<std::string_view> text;
+    bool isWhole = true;       ///< Otherwise `text` is a beginning, without the charset, of:
+    std::string_view encoded;  ///< a part of the message,
+    TransferEncoding encoding = TransferEncoding::identity;
+    Text charset;  ///< As the mail names it; empty for none.
+
+    [[nodiscard]] std::optional<std::string_view> charsetName() const {
+      return charset.empty() ? std::nullopt : std::optional(charset.view());
+    }
   };
   enum class LeafPlace { wholeBody, part };
 
@@ -53,6 +62,8 @@ class BodyWalk {
   void body(const CleanMessage& message, TextRange range, TransferEncoding encoding,
             std::optional<std::string_view> charset, LeafPlace place, BodyText& kept,
             std::optional<Content>& result);
+  static bool decodeBeginning(BodyText& body);
+  static void decodeWhole(BodyText& body);
 
   TextPool* pool_;
   DelimiterLines delimiters_;

@@ -49,8 +49,11 @@ std::vector<Text> parseReferences(std::optional<std::string_view> value, TextPoo
 /// The entries between commas, decoded, without empty ones. Double quotes protect a comma and are not kept.
 std::vector<Text> parseLabels(std::optional<std::string_view> value, TextPool* pool = nullptr);
 
+/// Characters of a preview, as people perceive them, without the ellipsis.
+inline constexpr std::size_t longestSnippet = 180;
+
 /// A one-line preview: the plain body if it holds anything at all, even blanks, otherwise the text of the
-/// HTML body; with white space collapsed, and cut behind 180 user-perceived characters by "…".
+/// HTML body; with white space collapsed, and cut behind `longestSnippet` characters by "…".
 std::string makeSnippet(std::optional<std::string_view> plainBody, std::optional<std::string_view> htmlBody);
 
 /// The subject as a thread key: no diacritics, lower case, without the prefixes "re:", "fw:" and "fwd:".

@@ -7,8 +7,6 @@
 namespace tidewrack {
 namespace {
 
-constexpr std::size_t longestSnippet = 180;  // user-perceived characters, without the ellipsis
-
 // A beginning of a text whose white space is collapsed.
 using Beginning = HTMLTextExtractor::Beginning;
 

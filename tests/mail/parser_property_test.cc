@@ -45,6 +45,25 @@ TEST(ParserProperty, AMessageEqualsTheReference) {
   }
 }
 
+TEST(ParserProperty, AMessageWithLongBodiesEqualsTheReference) {
+  RandomMail mail(6);
+  for (int round = 0; round < randomRounds / 4; ++round) {
+    const std::string input = repairUTF8(mail.messageWithLongBodies());
+    ASSERT_NO_FATAL_FAILURE(expectSame(parseMessage(input, "library", "name"),
+                                       reference::parseMessage(input, "library", "name"), input));
+    const std::string archive = "From a\n" + mail.messageWithLongBodies();
+    const auto expected = reference::parseArchive(archive, "library", "name");
+    const MessageList actual = MBOXImporter::parseBytes(archive, "library", "name");
+    ASSERT_EQ(actual.size(), expected.size());
+    for (std::size_t i = 0; i < actual.size(); ++i) {
+      ASSERT_NO_FATAL_FAILURE(expectSame(*actual[i], expected[i], archive));
+      for (const auto& body : {actual[i]->plainBody, actual[i]->htmlBody}) {
+        ASSERT_TRUE(!body || body->size() == body->bytes().size());
+      }
+    }
+  }
+}
+
 TEST(ParserProperty, AnArchiveEqualsTheReference) {
   RandomMail mail(2);
   for (int round = 0; round < randomRounds / 4; ++round) {

@@ -41,6 +41,22 @@ class RandomMail {
     return text + entity(depth);
   }
 
+  // A message with a plain body, an HTML body or both, of which a preview needs but a beginning. What is
+  // special stands around the place up to which a text is read at first.
+  std::string messageWithLongBodies() {
+    if (below(3) == 0) {
+      return "Subject: s\n" + longText("text/plain");
+    }
+    if (below(3) == 0) {
+      return "Subject: s\n" + longText("text/html");
+    }
+    const bool plainIsFirst = below(4) != 0;
+    return "Content-Type: multipart/alternative; boundary=long\n\n--long\n" +
+           (below(6) == 0 ? "Content-Type: text/plain\n\n" + leaf()
+                          : longText(plainIsFirst ? "text/plain" : "text/html")) +
+           "\n--long\n" + longText(plainIsFirst ? "text/html" : "text/plain") + "\n--long--\n";
+  }
+
   // Changes a few bytes, runs or line ends anywhere.
   std::string mutated(std::string text) {
     const std::size_t changes = below(6);
@@ -167,6 +183,28 @@ class RandomMail {
       head += "Content-ID: " + oneOf(std::array{"<id@x>", "<>", "id", ""}) + "\n";
     }
     return head + oneOf(std::array{"\n", "\n", "\n", "\n", "", "\n\n"}) + leaf();
+  }
+
+  std::string longText(const std::string& type) {
+    std::string text = "Content-Type: " + type +
+                       oneOf(std::array{"", "; charset=utf-8", "; charset=iso-8859-1", "; charset=us-ascii",
+                                        "; charset=shift_jis", "; charset=iso-2022-jp", "; charset=utf-16",
+                                        "; charset=koi8-r", "; charset=utf-7", "; charset=nonsense"}) +
+                       "\nContent-Transfer-Encoding: " +
+                       oneOf(std::array{"quoted-printable", "quoted-printable", "8bit", "base64"}) + "\n\n";
+    const std::string filler =
+        oneOf(std::array{"words and words ", " ", "=20", "=\n", "\n", "x", "<p>text</p> ",
+                         "<style>a{}</style>", "=3Cb=3E", "caf=C3=A9 ", "\x1B$B", "+AGE-", "<i>"});
+    const std::size_t size = 960 + below(80);
+    while (text.size() < size) {
+      text += filler;
+    }
+    text +=
+        leaf() + oneOf(std::array{"=", "==", "=C", "=C3", "=C3=A9", "\xC3\xA9", "\xE9", "=FF", "=\r\n", ""});
+    for (std::size_t i = below(40); i > 0; --i) {
+      text += filler;
+    }
+    return text + leaf();
   }
 
   std::string leaf() {
