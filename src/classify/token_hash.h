@@ -6,16 +6,12 @@
 #include <cstring>
 #include <string_view>
 
+#include "platform/byte_word.h"
+
 /// Hashes of words, for a table that is asked millions of times a second.
 namespace tidewrack {
 
-inline constexpr std::size_t hashWord = sizeof(std::uint64_t);
-
-inline std::uint64_t loadWord(const char* bytes) noexcept {
-  std::uint64_t value = 0;
-  std::memcpy(&value, bytes, hashWord);
-  return value;
-}
+inline constexpr std::size_t hashWord = byteWordSize;
 
 /// The ends of a token, which may overlap; with its size, all that there is of one of up to 16 bytes.
 struct TokenEnds {

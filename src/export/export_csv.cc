@@ -1,37 +1,24 @@
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 
 #include "export/exporters.h"
+#include "platform/byte_word.h"
 #include "platform/date_styles.h"
 
 namespace tidewrack {
 namespace {
 
-using Word = std::uint64_t;
-constexpr Word eachByte = 0x0101010101010101U;
-
-Word wordAt(const char* bytes) {
-  Word word = 0;
-  std::memcpy(&word, bytes, sizeof word);
-  return word;
-}
-
-// Not 0 where a byte of the word is the character.
-constexpr Word marks(Word word, char character) {
-  const Word different = word ^ (eachByte * static_cast<unsigned char>(character));
-  return (different - eachByte) & ~different & (eachByte << 7U);
-}
-
 bool needsQuotes(std::string_view field) {
-  const auto special = [](Word word) { return marks(word, ',') | marks(word, '"') | marks(word, '\n'); };
-  if (field.size() < sizeof(Word)) {
+  const auto special = [](ByteWord word) {
+    return bytesEqualTo(word, ',') | bytesEqualTo(word, '"') | bytesEqualTo(word, '\n');
+  };
+  if (field.size() < byteWordSize) {
     return field.find_first_of(",\"\n") != std::string_view::npos;
   }
-  const char* last = field.data() + field.size() - sizeof(Word);
-  Word found = special(wordAt(last));
-  for (const char* word = field.data(); word < last; word += sizeof(Word)) {
-    found |= special(wordAt(word));
+  const char* last = field.data() + field.size() - byteWordSize;
+  ByteWord found = special(loadWord(last));
+  for (const char* word = field.data(); word < last; word += byteWordSize) {
+    found |= special(loadWord(word));
   }
   return found != 0;
 }

@@ -14,6 +14,7 @@
 #include <unicode/uscript.h>
 #include <unicode/utext.h>
 
+#include "platform/byte_word.h"
 #include "platform/utf8.h"
 
 namespace tidewrack {
@@ -123,6 +124,10 @@ bool standsAlone(char32_t character) noexcept {
   if (character < 0x7F) {
     return character >= 0x20;
   }
+  // The letters and signs of most languages written in Latin, Greek and Cyrillic, but for the soft hyphen.
+  if ((character >= 0xA0 && character < 0x300) || (character >= 0x370 && character < 0x483)) {
+    return character != 0xAD;
+  }
   const auto kind = u_getIntPropertyValue(static_cast<UChar32>(character), UCHAR_GRAPHEME_CLUSTER_BREAK);
   return kind == U_GCB_OTHER || kind == U_GCB_LV || kind == U_GCB_LVT;
 }
@@ -135,6 +140,14 @@ std::pair<std::size_t, std::size_t> walkGraphemes(std::string_view text, std::si
   const char* last = begin;  // where the last character that stands alone begins
   std::size_t characters = 0;
   while (position != end) {
+    const bool roomForWord =
+        static_cast<std::size_t>(end - position) >= byteWordSize && count - characters >= byteWordSize;
+    if (roomForWord && isPrintable(loadWord(position))) {
+      position += byteWordSize;
+      characters += byteWordSize;
+      last = position - 1;
+      continue;
+    }
     const char* next = position;
     if (!standsAlone(nextCharacter(next))) {
       break;
@@ -194,6 +207,13 @@ icu::UnicodeString caseFolded(std::string_view text, bool turkic) {
       status);
   folded.foldCase(turkic ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT);
   return icu::Normalizer2::getNFDInstance(status)->normalize(folded, status);
+}
+
+// Whether the eight bytes here and the one behind them are of ASCII, with no white space but single blanks.
+bool isSinglySpaced(const char* position) noexcept {
+  const ByteWord here = loadWord(position);
+  const ByteWord next = loadWord(position + 1);
+  return isPrintable(here) && isPrintable(next) && (bytesEqualTo(here, ' ') & bytesEqualTo(next, ' ')) == 0;
 }
 
 // Whether the white space here is one blank with something else behind it.
@@ -266,6 +286,10 @@ std::string collapseWhitespace(std::string_view text, std::size_t size) {
     const char* const limit = static_cast<std::size_t>(end - position) <= room ? end : position + room;
     const char* run = position + 1;
     while (run < limit) {
+      if (static_cast<std::size_t>(limit - run) > byteWordSize && isSinglySpaced(run)) {
+        run += byteWordSize;
+        continue;
+      }
       if (spaceHint(*run) != SpaceHint::none && spaceLength(run, end) != 0 && !isSingleBlank(run, limit)) {
         break;
       }

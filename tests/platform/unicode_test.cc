@@ -1,5 +1,6 @@
 #include "platform/unicode.h"
 
+#include <array>
 #include <memory>
 #include <random>
 #include <string>
@@ -202,6 +203,35 @@ TEST(Unicode, OrdinaryCharactersEndBesideEachOther) {
     }
   });
   EXPECT_EQ(graphemeCount(text), graphemeEnds(text).size());
+}
+
+TEST(Unicode, LongTextsAreAsTheirCharactersOneByOne) {
+  std::mt19937 random(41);
+  for (int round = 0; round < 2000; ++round) {
+    std::string text;
+    std::string collapsed;
+    bool blankDue = false;
+    for (auto pieces = random() % 60; pieces > 0; --pieces) {
+      const bool isSpace = random() % 3 == 0;
+      if (isSpace) {
+        constexpr std::array spaces{" ", " ", " ", " ", "  ", "\n", "\r\n", "\u2003"};
+        text += spaces[random() % spaces.size()];
+        blankDue = true;
+        continue;
+      }
+      constexpr std::array words{"a", "of", "the", "word", "~", "\x7F", "\u00E9", "e\u0301", "characters"};
+      const std::string word = words[random() % words.size()];
+      text += word;
+      collapsed += (blankDue && !collapsed.empty() ? " " : "") + word;
+      blankDue = false;
+    }
+    ASSERT_EQ(collapseWhitespace(text), collapsed) << testing::PrintToString(text);
+    const auto ends = graphemeEnds(text);
+    ASSERT_EQ(graphemeCount(text), ends.size()) << testing::PrintToString(text);
+    const auto count = ends.empty() ? 0 : 1 + random() % ends.size();
+    ASSERT_EQ(graphemePrefix(text, count).size(), count == 0 ? 0 : ends[count - 1])
+        << testing::PrintToString(text);
+  }
 }
 
 // The plain rule, byte by byte, to compare with.
