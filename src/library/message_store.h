@@ -99,6 +99,11 @@ class MessageStore : public std::enable_shared_from_this<MessageStore> {
       const std::lock_guard turn(store_.writerTurn_);
       return function(store_.writer_.database());
     }
+    /// Memory of the writing connection for pages of the file, in bytes, and how much is usual.
+    void setCacheSize(std::int64_t bytes) {
+      with([bytes](SQLiteConnection& connection) { connection.setCacheSize(bytes); });
+    }
+    static constexpr std::int64_t usualCacheSize = std::int64_t{32} << 20U;
     [[nodiscard]] std::int64_t pieceSize() const { return store_.pieceSize_; }
 
    private:

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "library/stored_content.h"
+#include "platform/failure.h"
 #include "platform/text_numbers.h"
 
 namespace tidewrack {
@@ -36,6 +37,28 @@ class Writer {
  private:
   MessageStore::Writing& writing_;
   std::optional<MessageWriter> writer_;
+};
+
+/// For as long as many contents are being written, one behind the other. None of their pages is needed again,
+/// and a small memory for them stays in that of the processor (measured: a fourteenth of an import).
+class ContentsCache {
+ public:
+  explicit ContentsCache(MessageStore::Writing& writing) : writing_(writing) {
+    constexpr std::int64_t size = std::int64_t{1} << 20U;
+    writing_.setCacheSize(size);
+  }
+  ~ContentsCache() {
+    try {
+      writing_.setCacheSize(MessageStore::Writing::usualCacheSize);
+    } catch (const StoreFailure&) {
+      // Then the file cannot be written either, which is what counts.
+    }
+  }
+  ContentsCache(const ContentsCache&) = delete;
+  ContentsCache& operator=(const ContentsCache&) = delete;
+
+ private:
+  MessageStore::Writing& writing_;
 };
 
 // A record that may be changed: the given one where nobody else holds it (records are never made const, only
@@ -127,17 +150,25 @@ void Upsert::write(MessageStore::Writing& writing, const SaveProgress& progress)
     });
   }
   // The contents are nearly all of the work, so the progress counts them.
-  std::size_t saved = 0;
-  for (auto batch = decoder_->next(); !batch.empty(); batch = decoder_->next()) {
-    writer.with([&](MessageWriter& messageWriter) {
-      for (const auto& decoded : batch) {
-        written_[decoded.index] = messageWriter.writeContents(decoded);
+  const auto writeContents = [&] {
+    std::size_t saved = 0;
+    for (auto batch = decoder_->next(); !batch.empty(); batch = decoder_->next()) {
+      writer.with([&](MessageWriter& messageWriter) {
+        for (const auto& decoded : batch) {
+          written_[decoded.index] = messageWriter.writeContents(decoded);
+        }
+      });
+      saved += batch.size();
+      if (progress) {
+        progress(saved);
       }
-    });
-    saved += batch.size();
-    if (progress) {
-      progress(saved);
     }
+  };
+  if (isSmall()) {
+    writeContents();
+  } else {
+    const ContentsCache cache(writing);
+    writeContents();
   }
   if (isFirst) {
     writer.with([](MessageWriter& messageWriter) { messageWriter.dropIndexes(); });

@@ -119,6 +119,10 @@ std::int64_t SQLiteConnection::maximumLength() const noexcept {
   return sqlite3_limit(database_, SQLITE_LIMIT_LENGTH, -1);
 }
 
+void SQLiteConnection::setCacheSize(std::int64_t bytes) {
+  execute("PRAGMA cache_size = -" + std::to_string(bytes / 1024));
+}
+
 void SQLiteConnection::limitPages(std::int64_t pages) {
   execute("PRAGMA max_page_count = " + std::to_string(pages));
 }

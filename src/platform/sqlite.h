@@ -39,6 +39,9 @@ class SQLiteConnection {
   /// The same as an integer; 0 when there is no row or it is null.
   [[nodiscard]] std::int64_t queryInteger(std::string_view sql);
 
+  /// Memory for pages of the file, in bytes. What has been changed beyond that goes to the disk early.
+  void setCacheSize(std::int64_t bytes);
+
   [[nodiscard]] std::int64_t lastInsertRow() const noexcept;
   /// Rows changed by the last statement, those of its triggers left out.
   [[nodiscard]] std::int64_t changes() const noexcept;
