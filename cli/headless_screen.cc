@@ -28,7 +28,7 @@ HeadlessScreen::~HeadlessScreen() {
   *kept = screen_->messages();
 }
 
-const MBOXLibrary& HeadlessScreen::library(const std::string& id) const {
+const MBOXLibrary& HeadlessScreen::importedLibrary(const std::string& id) const {
   const auto& libraries = screen_->libraries();
   const auto found = std::find_if(libraries.begin(), libraries.end(),
                                   [&](const MBOXLibrary& library) { return library.id == id; });

@@ -28,7 +28,7 @@ class HeadlessScreen {
 
   [[nodiscard]] ContentView& screen() { return *screen_; }
   /// The library with this id. Throws Failure when there is none.
-  [[nodiscard]] const MBOXLibrary& library(const std::string& id) const;
+  [[nodiscard]] const MBOXLibrary& importedLibrary(const std::string& id) const;
   /// The loaded message with this id. Throws Failure when there is none.
   [[nodiscard]] std::shared_ptr<const EmailMessage> message(const std::string& id) const;
   /// Runs the main loop until the flow has ended. Throws what the screen reports as its error.

@@ -84,7 +84,7 @@ int listLibraries(Output& output) {
 int renameLibrary(const CommandLine& line) {
   HeadlessScreen headless;
   auto& screen = headless.screen();
-  screen.requestRename(headless.library(line.operands[0]));
+  screen.requestRename(headless.importedLibrary(line.operands[0]));
   screen.renameDraft.set(line.operands[1]);
   headless.run(screen.commitRename());
   return 0;
@@ -99,7 +99,7 @@ int deleteLibrary(const CommandLine& line) {
       progress.show(status->message());
     }
   });
-  headless.run(screen.deleteLibrary(headless.library(line.operands[0])));
+  headless.run(screen.deleteLibrary(headless.importedLibrary(line.operands[0])));
   return 0;
 }
 

@@ -110,7 +110,7 @@ using Selectors = MessageSelectors;
 using Value = std::string;
 
 constexpr std::array options = {
-    SelectorOption{"--library", true, [](Selectors& s, const Value& v) { s.libraryID = v; }},
+    SelectorOption{"--library", true, [](Selectors& s, const Value& v) { s.inLibrary = v; }},
     SelectorOption{"--mailbox", true, enterMailbox},
     SelectorOption{"--gmail-category", true, enterGmailCategory},
     SelectorOption{
@@ -158,8 +158,8 @@ bool needsSearch(const MessageSelectors& selectors) {
 MessageList selectMessages(HeadlessScreen& headless, const MessageSelectors& selectors) {
   auto& screen = headless.screen();
   std::vector<SidebarSelection> places = selectors.places;
-  if (selectors.libraryID) {
-    places.push_back(SidebarSelection::library(headless.library(*selectors.libraryID).id));
+  if (selectors.inLibrary) {
+    places.push_back(SidebarSelection::library(headless.importedLibrary(*selectors.inLibrary).id));
   }
   if (places.empty()) {
     places.push_back(SidebarSelection::allLibraries());

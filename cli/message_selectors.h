@@ -20,7 +20,7 @@ class HeadlessScreen;
 /// holds (the reader of the command line fills it for the commands that it knows to take them), a screen that
 /// searches where `needsSearch` says so, and `selectMessages` for the list.
 struct MessageSelectors {
-  std::optional<std::string> libraryID;
+  std::optional<std::string> inLibrary;
   std::vector<SidebarSelection> places;  ///< Mailboxes, tabs, labels and categories.
   SearchFilters filters;
   std::string searchText;

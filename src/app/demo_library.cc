@@ -81,7 +81,7 @@ std::vector<EmailAddress> makeAddresses(const std::vector<DemoPerson>& people) {
 }
 
 std::shared_ptr<const EmailMessage> makeMessage(std::size_t number, const DemoMessage& source) {
-  const LibraryRow& library = libraryRows.at(static_cast<std::size_t>(source.library));
+  const LibraryRow& library = libraryRows.at(static_cast<std::size_t>(source.origin));
   auto message = std::make_shared<EmailMessage>();
   message->id = demoMessageID(number);
   message->sourceLibraryID = library.id;

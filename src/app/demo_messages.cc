@@ -15,7 +15,7 @@ constexpr const char* roadmapConversation = "conv-q2-roadmap";
 
 void addFirstFive(std::vector<DemoMessage>& messages) {
   messages.push_back(
-      {.library = personal,
+      {.origin = personal,
        .subject = "Your itinerary for Lisbon — June 21",
        .date = {2026, 6, 18, 9, 12},
        .from = {"Atlantic Airways", "bookings@atlantic-airways.example"},
@@ -40,7 +40,7 @@ void addFirstFive(std::vector<DemoMessage>& messages) {
            "<p>Your boarding pass is attached. Check-in closes 45 minutes before departure.</p>\n"
            "<p style=\"color:#6e6e73;\">Atlantic Airways</p>"});
   messages.push_back(
-      {.library = work,
+      {.origin = work,
        .subject = "Q2 roadmap review — agenda",
        .date = {2026, 6, 17, 16, 45},
        .from = priya,
@@ -56,7 +56,7 @@ void addFirstFive(std::vector<DemoMessage>& messages) {
                     "3. Hiring for the data team\n4. Open questions\n\n"
                     "The draft is attached. Could you bring the figures for point 2?\n\nThanks,\nPriya\n"});
   messages.push_back(
-      {.library = newsletters,
+      {.origin = newsletters,
        .subject = "Summer sale: 30% off our entire collection",
        .date = {2026, 6, 15, 11, 5},
        .from = {"Linen & Co.", "news@linen-and-co.example"},
@@ -79,7 +79,7 @@ void addFirstFive(std::vector<DemoMessage>& messages) {
            "</div>\n<p style=\"color:#6e6e73;font-size:13px;\">Until June 30. You get this message because "
            "you asked for our news.</p>"});
   messages.push_back(
-      {.library = work,
+      {.origin = work,
        .subject = "Re: Q2 roadmap review — agenda",
        .date = {2026, 6, 17, 18, 10},
        .from = alexAtWork,
@@ -93,7 +93,7 @@ void addFirstFive(std::vector<DemoMessage>& messages) {
                     "and search answers while one types.\n\nCan we give point 3 ten more minutes?\n\nAlex\n\n"
                     "> here is the agenda for Friday:\n> 1. What we shipped since April\n"
                     "> 2. Search and the new importer\n"});
-  messages.push_back({.library = personal,
+  messages.push_back({.origin = personal,
                       .subject = "Photos from the weekend",
                       .date = {2026, 6, 14, 20, 32},
                       .from = {"Sofia Morgan", "sofia@example.net"},
@@ -107,7 +107,7 @@ void addFirstFive(std::vector<DemoMessage>& messages) {
 }
 
 void addSecondFive(std::vector<DemoMessage>& messages) {
-  messages.push_back({.library = personal,
+  messages.push_back({.origin = personal,
                       .subject = "Reminder: Dentist appointment tomorrow at 10:00",
                       .date = {2026, 6, 12, 7, 0},
                       .from = {"Harbour Dental", "reminders@harbour-dental.example"},
@@ -118,7 +118,7 @@ void addSecondFive(std::vector<DemoMessage>& messages) {
                       .plainBody = "Dear Alex Morgan,\n\nthis is a reminder of your appointment tomorrow at "
                                    "10:00 with Dr. Lind.\n\nIf you cannot come, please call us today.\n\n"
                                    "Harbour Dental\n"});
-  messages.push_back({.library = work,
+  messages.push_back({.origin = work,
                       .subject = "Draft: API migration retro",
                       .date = {2026, 6, 9, 22, 48},
                       .from = alexAtWork,
@@ -129,7 +129,7 @@ void addSecondFive(std::vector<DemoMessage>& messages) {
                                    "- one switch to go back\n\nWhat did not\n- we found the time zone bug "
                                    "late\n- \n"});
   messages.push_back(
-      {.library = personal,
+      {.origin = personal,
        .subject = "Maria invited you to connect",
        .date = {2026, 6, 5, 13, 18},
        .from = {"Colleagues Network", "invitations@colleagues.example"},
@@ -147,7 +147,7 @@ void addSecondFive(std::vector<DemoMessage>& messages) {
            "<p style=\"margin:0;color:#6e6e73;\">Product designer in Porto, 12 contacts in common</p>\n"
            "<p><a href=\"https://colleagues.example/invitations\">See the invitation</a></p>\n</div>"});
   messages.push_back(
-      {.library = newsletters,
+      {.origin = newsletters,
        .subject = "Re: [imagerenderer] Colours look washed out after scaling",
        .date = {2026, 6, 2, 17, 4},
        .from = {"Tomas Lindgren", "tomas@forum.example"},
@@ -158,7 +158,7 @@ void addSecondFive(std::vector<DemoMessage>& messages) {
        .plainBody = "On Tuesday, Kim wrote:\n> After scaling, the colours of my pictures look washed out.\n\n"
                     "Scale in linear light: convert before you average, and back afterwards. The renderer "
                     "does that when the colour space of the target is set.\n\nTomas\n"});
-  messages.push_back({.library = personal,
+  messages.push_back({.origin = personal,
                       .subject = "Receipt — Brunch at Casa Lila",
                       .date = {2026, 5, 30, 12, 56},
                       .from = {"Casa Lila", "receipts@casalila.example"},
@@ -175,7 +175,7 @@ void addSecondFive(std::vector<DemoMessage>& messages) {
 
 void addLastFive(std::vector<DemoMessage>& messages) {
   messages.push_back(
-      {.library = work,
+      {.origin = work,
        .subject = "Offer letter — please review and sign",
        .date = {2026, 5, 24, 15, 22},
        .from = {"Northwind People Team", "people@northwind.example"},
@@ -193,7 +193,7 @@ void addLastFive(std::vector<DemoMessage>& messages) {
                    "<p>Hello Alex,</p>\n<p>the offer letter for the new position in your team is attached. "
                    "Please review it and sign it by <strong>Friday</strong>, so that it can go out next "
                    "week.</p>\n<p>Kind regards,<br>Northwind People Team</p>"});
-  messages.push_back({.library = personal,
+  messages.push_back({.origin = personal,
                       .subject = "Dinner on Saturday?",
                       .date = {2026, 5, 19, 19, 41},
                       .from = maria,
@@ -204,7 +204,7 @@ void addLastFive(std::vector<DemoMessage>& messages) {
                       .plainBody = "Hi Alex,\n\nwe are cooking on Saturday. Fish, if the market has some, "
                                    "otherwise pasta. Seven o'clock?\n\nBring nothing but time.\n\nMaria\n"});
   messages.push_back(
-      {.library = personal,
+      {.origin = personal,
        .subject = "Your monthly statement is ready",
        .date = {2026, 5, 12, 6, 0},
        .from = {"Coastal Bank", "statements@coastal-bank.example"},
@@ -222,7 +222,7 @@ void addLastFive(std::vector<DemoMessage>& messages) {
                    "<hr style=\"border:none;border-top:1px solid #d2d2d7;\">\n"
                    "<p style=\"color:#6e6e73;font-size:13px;\">We never ask for your password in a "
                    "message.</p>"});
-  messages.push_back({.library = work,
+  messages.push_back({.origin = work,
                       .subject = "Welcome to Northwind!",
                       .date = {2025, 11, 4, 9, 15},
                       .from = {"Northwind People Team", "people@northwind.example"},
@@ -233,7 +233,7 @@ void addLastFive(std::vector<DemoMessage>& messages) {
                       .plainBody = "Welcome, Alex!\n\nYour desk is by the window on the second floor. Priya "
                                    "will meet you at nine and show you around.\n\nWe are glad that you are "
                                    "here.\n"});
-  messages.push_back({.library = newsletters,
+  messages.push_back({.origin = newsletters,
                       .subject = "Last chance: extend your warranty",
                       .date = {2026, 4, 2, 10, 0},
                       .from = {"Warranty Department", "offers@warranty-now.example"},

@@ -23,7 +23,7 @@ struct DemoPerson {
 
 struct DemoMessage {
   enum class Library { personal, work, newsletters };
-  Library library;
+  Library origin;
   std::string subject;
   DemoDate date;
   DemoPerson from;

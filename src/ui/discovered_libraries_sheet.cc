@@ -21,7 +21,7 @@ Gtk::Widget* makeMetric(const DiscoveredLibraryCard::Metric& metric) {
   auto* box = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 8);
   box->append(*makeSymbol(metric.icon, 14, "secondary"));
   box->append(*makeLabel(metric.title, {"row-secondary"}));
-  auto* value = makeLabel(metric.value, {"library-name"});
+  auto* value = makeLabel(metric.value, {"mail-library-name"});
   value->set_hexpand(true);
   value->set_xalign(1.0F);
   box->append(*value);

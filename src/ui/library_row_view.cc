@@ -36,13 +36,13 @@ Gtk::Label& asLine(Gtk::Label& label, const char* styleClass) {
 
 LibraryRowView::LibraryRowView(std::function<void(LibraryRowAction)> act)
     : Gtk::Box(Gtk::Orientation::HORIZONTAL, 12), act_(std::move(act)) {
-  add_css_class("library-row");
+  add_css_class("mail-library-row");
   icon_.set_pixel_size(iconSize);
-  icon_.add_css_class("library-icon");
+  icon_.add_css_class("mail-library-icon");
   append(icon_);
 
   auto* title = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, 8);
-  title->append(asLine(name_, "library-name"));
+  title->append(asLine(name_, "mail-library-name"));
   badge_.add_css_class("pill-badge");
   badge_.add_css_class(tintClass("blue"));
   title->append(badge_);

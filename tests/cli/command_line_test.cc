@@ -52,8 +52,8 @@ TEST(CommandLineTest, helpWinsOverEverythingBeforeTheEndOfOptions) {
 TEST(CommandLineTest, readsOptionsInAnyPlaceAndInBothForms) {
   const auto line = parseCommandLine({"messages", "--digest", "--library", "ID"});
   EXPECT_EQ(line.form, Form::digest);
-  EXPECT_EQ(line.selectors.libraryID, "ID");
-  EXPECT_EQ(parseCommandLine({"messages", "--library=ID", "--json"}).selectors.libraryID, "ID");
+  EXPECT_EQ(line.selectors.inLibrary, "ID");
+  EXPECT_EQ(parseCommandLine({"messages", "--library=ID", "--json"}).selectors.inLibrary, "ID");
   EXPECT_EQ(parseCommandLine({"parse", "file", "--digest"}).form, Form::digest);
   EXPECT_EQ(parseCommandLine({"show", "id", "--text"}).part, Part::text);
   EXPECT_EQ(parseCommandLine({"show", "--html", "id"}).part, Part::html);
