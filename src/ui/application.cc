@@ -38,9 +38,17 @@ Application::Application(Configuration configuration)
       configuration_(std::move(configuration)) {}
 
 Application::~Application() {
+  close();
+}
+
+// The screen may go before the application does: nothing of it runs any more.
+void Application::close() {
   pictureTimer_.disconnect();
   prefetchTimer_.disconnect();
   presentTimer_.disconnect();
+  firstLoad_.reset();
+  settingsWindow_.reset();
+  window_.reset();
 }
 
 void Application::on_startup() {
@@ -60,8 +68,7 @@ void Application::on_startup() {
 
 void Application::addActions() {
   add_action("quit", [this] {
-    settingsWindow_.reset();
-    window_.reset();
+    close();
     quit();
   });
   add_action("about", [this] { showAbout(); });

@@ -49,6 +49,7 @@ class Application : public Gtk::Application {
 
  private:
   void addActions();
+  void close();
   bool ensureWindow();
   void showFailure();
   void showAbout();
