@@ -58,7 +58,9 @@ class SingleInstanceTest : public WindowTest {
   }
   ~SingleInstanceTest() override {
     letFlowsEnd();
-    application_.reset();
+    if (application_) {
+      application_->activate_action("quit");
+    }
     runPending();
   }
   GtkWindow* mainWindow() { return GTK_WINDOW(application_->mainWindow()->window().gobj()); }

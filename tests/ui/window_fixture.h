@@ -48,7 +48,8 @@ class WindowTest : public testing::Test {
   WindowTest();
   ~WindowTest() override;
 
-  /// Opens the store, the screen and the window, and waits for the load. After `close`, a restart.
+  /// Opens the store, the screen and the window, and waits for all that a start sets off. After `close`, a
+  /// restart.
   void open();
   void close();
 
