@@ -107,6 +107,15 @@ std::string decodeQuotedPrintable(std::string_view text) {
       out = std::copy(position, equals, out);
       position = equals;
     }
+    // Texts in other scripts have one escape behind the other.
+    while (end - position > 2 && *position == '=') {
+      const int value = hexValue(position[1]) * 16 | hexValue(position[2]);
+      if (value < 0) {
+        break;
+      }
+      *out++ = static_cast<char>(value);
+      position += 3;
+    }
     while (position != end && *position == '=') {
       const Escape escape = escapeAt(position, end);
       position += escape.length;
