@@ -49,7 +49,23 @@ void TokenNumbers::moveEnd(List& list) {
   list.size = 0;
 }
 
-void TokenNumbers::writeWith(std::size_t list, const TokenNumbers& others, std::size_t othersList,
+namespace {
+
+// A list as it was written from 0, from some number on.
+struct Rest {
+  std::string_view bytes;  // Differences behind `number`.
+  std::uint32_t number = 0;
+};
+
+Rest restOf(std::string_view bytes) {
+  std::size_t position = 0;
+  const auto first = readNumber(bytes, position);
+  return {bytes.substr(position), first};
+}
+
+}  // namespace
+
+void TokenNumbers::writeWith(std::size_t list, const TokenNumbers& others, std::size_t othersList, Room& room,
                              std::string& bytes) const {
   const List& own = lists_[list];
   const List& other = others.lists_[othersList];
@@ -59,40 +75,39 @@ void TokenNumbers::writeWith(std::size_t list, const TokenNumbers& others, std::
     return;
   }
   if (other.last < own.first) {
-    others.writeWith(othersList, *this, list, bytes);
+    others.write(othersList, 0, bytes);
+    write(list, other.last, bytes);
     return;
   }
-  // The differences of both, from which runs of one list that lie between numbers of the other are taken
-  // over.
-  std::string ownBytes;
-  std::string otherBytes;
-  write(list, 0, ownBytes);
-  others.write(othersList, 0, otherBytes);
-  std::size_t ownPosition = 0;
-  std::size_t otherPosition = 0;
-  std::uint32_t ownNumber = readNumber(ownBytes, ownPosition);
-  std::uint32_t otherNumber = readNumber(otherBytes, otherPosition);
+  room.own.clear();
+  room.others.clear();
+  write(list, 0, room.own);
+  others.write(othersList, 0, room.others);
+  Rest lower = restOf(room.own);
+  Rest upper = restOf(room.others);
+  // The list with the lower number gives all its numbers below the other's, whose turn it then is.
   std::uint32_t last = 0;
-  const auto take = [&](std::uint32_t& number, const std::string& from, std::size_t& position) {
-    appendNumber(bytes, number - last);
-    last = number;
-    const bool isMore = position < from.size();
-    number += isMore ? readNumber(from, position) : 0;
-    return isMore;
-  };
-  const auto takeRest = [&](std::uint32_t number, const std::string& from, std::size_t position) {
-    appendNumber(bytes, number - last);
-    bytes.append(from, position);
-  };
   while (true) {
-    if (ownNumber < otherNumber) {
-      if (!take(ownNumber, ownBytes, ownPosition)) {
-        takeRest(otherNumber, otherBytes, otherPosition);
+    if (upper.number < lower.number) {
+      std::swap(lower, upper);
+    }
+    appendNumber(bytes, lower.number - last);
+    last = lower.number;
+    std::size_t taken = 0;
+    for (std::size_t position = 0;; taken = position) {
+      if (position == lower.bytes.size()) {
+        bytes.append(lower.bytes);
+        appendNumber(bytes, upper.number - last);
+        bytes.append(upper.bytes);
         return;
       }
-    } else if (!take(otherNumber, otherBytes, otherPosition)) {
-      takeRest(ownNumber, ownBytes, ownPosition);
-      return;
+      const auto next = last + readNumber(lower.bytes, position);
+      if (next > upper.number) {
+        bytes.append(lower.bytes, 0, taken);
+        lower = {lower.bytes.substr(position), next};
+        break;
+      }
+      last = next;
     }
   }
 }

@@ -14,6 +14,12 @@ namespace tidewrack {
 /// that grow with the list and share one piece of memory. One thread at a time.
 class TokenNumbers {
  public:
+  /// Kept from call to call so that its memory is.
+  struct Room {
+    std::string own;
+    std::string others;
+  };
+
   /// One more list, with one number. Lists are numbered from 0.
   void addList(std::uint32_t number);
   /// Puts a number behind those of a list; it is above them.
@@ -25,7 +31,7 @@ class TokenNumbers {
   void write(std::size_t list, std::uint32_t before, std::string& bytes) const;
   /// The same, from 0, for the numbers of a list and one of `others` together, in order. They have none in
   /// common.
-  void writeWith(std::size_t list, const TokenNumbers& others, std::size_t othersList,
+  void writeWith(std::size_t list, const TokenNumbers& others, std::size_t othersList, Room& room,
                  std::string& bytes) const;
 
  private:

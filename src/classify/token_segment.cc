@@ -41,17 +41,21 @@ void prefetchBehind(Messages messages, std::size_t index) {
       }
     }
     __builtin_prefetch(message.to.data());
+    __builtin_prefetch(message.cc.data());
     __builtin_prefetch(message.labels.data());
     __builtin_prefetch(message.from.address.view().data());
   }
   if (index + stepsToAddress < messages.size()) {
     const EmailMessage& message = *messages[index + stepsToAddress];
-    if (message.from.name) {
-      __builtin_prefetch(message.from.name->view().data());
-    }
-    for (const EmailAddress& address : message.to) {
+    const auto prefetchAddress = [](const EmailAddress& address) {
       __builtin_prefetch(address.address.view().data());
-    }
+      if (address.name) {
+        __builtin_prefetch(address.name->view().data());
+      }
+    };
+    prefetchAddress(message.from);
+    std::ranges::for_each(message.to, prefetchAddress);
+    std::ranges::for_each(message.cc, prefetchAddress);
   }
 }
 

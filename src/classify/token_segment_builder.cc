@@ -105,7 +105,7 @@ void TokenSegmentBuilder::sort() {
     const char* const token = &tokenBytes_[begin];
     const std::size_t size = tokenEnds_[entry] - begin;
     sorted_[entry] = {startOf(token, size), size > hashWord ? startOf(token + hashWord, size - hashWord) : 0,
-                      static_cast<std::uint32_t>(entry)};
+                      static_cast<std::uint32_t>(entry), static_cast<std::uint32_t>(size)};
     begin = tokenEnds_[entry];
   }
   std::ranges::sort(sorted_,
@@ -121,21 +121,39 @@ std::strong_ordering TokenSegmentBuilder::compare(const Sorted& own, const Token
   if (own.second != others.second) {
     return own.second <=> others.second;
   }
+  if (std::max(own.size, others.size) <= 2 * hashWord) {
+    return std::strong_ordering::equal;
+  }
   return tokenOf(own.entry) <=> other.tokenOf(others.entry);
+}
+
+void TokenSegmentBuilder::appendToken(const Sorted& sorted, std::string& bytes) const {
+  if (sorted.size > 2 * hashWord) {
+    bytes += tokenOf(sorted.entry);
+    return;
+  }
+  const std::array<std::uint64_t, 2> start = {__builtin_bswap64(sorted.first),
+                                              __builtin_bswap64(sorted.second)};
+  bytes.append(reinterpret_cast<const char*>(start.data()), sorted.size);
 }
 
 void TokenSegmentBuilder::join(std::span<const Sorted> own, const TokenSegmentBuilder& other,
                                std::span<const Sorted> others, TokenSegment& segment) const {
+  TokenNumbers::Room room;
   while (!own.empty() || !others.empty()) {
     const auto order = others.empty() ? std::strong_ordering::less
                        : own.empty()  ? std::strong_ordering::greater
                                       : compare(own.front(), other, others.front());
     const bool isOwn = std::is_lteq(order);
     const bool isOthers = std::is_gteq(order);
-    segment.tokenBytes_ += isOwn ? tokenOf(own.front().entry) : other.tokenOf(others.front().entry);
+    if (isOwn) {
+      appendToken(own.front(), segment.tokenBytes_);
+    } else {
+      other.appendToken(others.front(), segment.tokenBytes_);
+    }
     segment.tokenEnds_.push_back(segment.tokenBytes_.size());
     if (isOwn && isOthers) {
-      numbers_.writeWith(own.front().entry, other.numbers_, others.front().entry, segment.postings_);
+      numbers_.writeWith(own.front().entry, other.numbers_, others.front().entry, room, segment.postings_);
     } else if (isOwn) {
       numbers_.write(own.front().entry, 0, segment.postings_);
     } else {

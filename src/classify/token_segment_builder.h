@@ -75,9 +75,12 @@ class TokenSegmentBuilder {
     std::uint64_t first;   // Eight bytes, the first one highest.
     std::uint64_t second;  // The next eight. Zeros where the token has ended, which are in none.
     std::uint32_t entry;
+    std::uint32_t size;  // Of the token.
   };
   [[nodiscard]] std::strong_ordering compare(const Sorted& own, const TokenSegmentBuilder& other,
                                              const Sorted& others) const;
+  /// Appends the token of an entry, without a look at its bytes where `sorted` holds them all.
+  void appendToken(const Sorted& sorted, std::string& bytes) const;
   /// Puts these tokens of both builders behind those of the segment.
   void join(std::span<const Sorted> own, const TokenSegmentBuilder& other, std::span<const Sorted> others,
             TokenSegment& segment) const;
