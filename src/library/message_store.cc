@@ -318,6 +318,10 @@ MessageStore::Writing::~Writing() {
 void MessageStore::Writing::begin(Size size) {
   if (size == Size::large && store_.file_) {
     store_.enterExclusive();
+    if (!store_.writeBack_) {
+      store_.writeBack_.emplace(*store_.file_);
+    }
+    store_.writeBack_->begin();
   }
   const std::lock_guard turn(store_.writerTurn_);
   transaction_.emplace(store_.writer_.database());

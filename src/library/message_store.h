@@ -12,6 +12,7 @@
 #include "library/store_lock.h"
 #include "platform/fair_mutex.h"
 #include "platform/sqlite.h"
+#include "platform/write_back.h"
 
 namespace tidewrack {
 
@@ -104,6 +105,12 @@ class MessageStore : public std::enable_shared_from_this<MessageStore> {
       with([bytes](SQLiteConnection& connection) { connection.setCacheSize(bytes); });
     }
     static constexpr std::int64_t usualCacheSize = std::int64_t{32} << 20U;
+    /// Sends what a large save has written so far to the disk, so that the commit waits less.
+    void sendAhead() {
+      if (store_.writeBack_) {
+        store_.writeBack_->advance();
+      }
+    }
     [[nodiscard]] std::int64_t pieceSize() const { return store_.pieceSize_; }
 
    private:
@@ -124,7 +131,8 @@ class MessageStore : public std::enable_shared_from_this<MessageStore> {
   void leaveExclusive();
 
   const std::optional<std::filesystem::path> file_;  // Absent: in memory.
-  std::unique_ptr<StoreLock> lock_;                  // Goes last of the three.
+  std::unique_ptr<StoreLock> lock_;                  // Goes last of the four.
+  std::optional<WriteBack> writeBack_;  // Since the first large save. Goes after the connections.
   StoreConnection writer_;
   std::int64_t pieceSize_;
 

@@ -158,6 +158,7 @@ void Upsert::write(MessageStore::Writing& writing, const SaveProgress& progress)
           written_[decoded.index] = messageWriter.writeContents(decoded);
         }
       });
+      writing.sendAhead();
       saved += batch.size();
       if (progress) {
         progress(saved);
