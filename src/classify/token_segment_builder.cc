@@ -105,7 +105,7 @@ void TokenSegmentBuilder::sort() {
     const char* const token = &tokenBytes_[begin];
     const std::size_t size = tokenEnds_[entry] - begin;
     sorted_[entry] = {startOf(token, size), size > hashWord ? startOf(token + hashWord, size - hashWord) : 0,
-                      static_cast<std::uint32_t>(entry), static_cast<std::uint32_t>(size)};
+                      begin, static_cast<std::uint32_t>(size), static_cast<std::uint32_t>(entry)};
     begin = tokenEnds_[entry];
   }
   std::ranges::sort(sorted_,
@@ -124,12 +124,12 @@ std::strong_ordering TokenSegmentBuilder::compare(const Sorted& own, const Token
   if (std::max(own.size, others.size) <= 2 * hashWord) {
     return std::strong_ordering::equal;
   }
-  return tokenOf(own.entry) <=> other.tokenOf(others.entry);
+  return restOf(own) <=> other.restOf(others);
 }
 
 void TokenSegmentBuilder::appendToken(const Sorted& sorted, std::string& bytes) const {
   if (sorted.size > 2 * hashWord) {
-    bytes += tokenOf(sorted.entry);
+    bytes.append(tokenBytes_, sorted.begin, sorted.size);
     return;
   }
   const std::array<std::uint64_t, 2> start = {__builtin_bswap64(sorted.first),

@@ -74,11 +74,17 @@ class TokenSegmentBuilder {
   struct Sorted {
     std::uint64_t first;   // Eight bytes, the first one highest.
     std::uint64_t second;  // The next eight. Zeros where the token has ended, which are in none.
+    std::size_t begin;     // Of the token in tokenBytes_.
+    std::uint32_t size;    // Of the token.
     std::uint32_t entry;
-    std::uint32_t size;  // Of the token.
   };
   [[nodiscard]] std::strong_ordering compare(const Sorted& own, const TokenSegmentBuilder& other,
                                              const Sorted& others) const;
+  /// What is behind the sixteen bytes.
+  [[nodiscard]] std::string_view restOf(const Sorted& sorted) const {
+    constexpr std::uint32_t known = 2 * hashWord;
+    return {&tokenBytes_[sorted.begin] + known, sorted.size < known ? 0 : sorted.size - known};
+  }
   /// Appends the token of an entry, without a look at its bytes where `sorted` holds them all.
   void appendToken(const Sorted& sorted, std::string& bytes) const;
   /// Puts these tokens of both builders behind those of the segment.

@@ -249,6 +249,7 @@ TEST(FullTextSearchIndex, HoldsExactlyTheWordsOfEachOfManyMessages) {
     body += "word" + std::to_string(random() % 50) + " word" + std::to_string(random() % 50);
     body += i % 3000 == 1 ? " distant" : "";
     body += " own" + id + " averyveryverylongwordof" + std::to_string(random() % 4);
+    body += random() % 2 == 0 ? " sixteencharacter" : " sixteencharacters";
     messages.push_back(message(id.c_str(), body.c_str()));
     for (const auto& token : plainTokens(body + " ana@example.org")) {
       expected.emplace(token, id);
