@@ -22,7 +22,7 @@ namespace {
 constexpr std::size_t bytesInARow = std::size_t{256} << 10U;
 // Rows that wait for being written.
 constexpr std::size_t mostBytesAhead = std::size_t{32} << 20U;
-constexpr std::size_t mostDigits = std::numeric_limits<std::uint32_t>::digits10 + 1;
+constexpr int mostDigits = std::numeric_limits<std::uint32_t>::digits10 + 1;
 
 /// Collects words into rows.
 class RowMaker {
@@ -34,7 +34,7 @@ class RowMaker {
       return;
     }
     const std::size_t before = row_.size();
-    row_.resize(before + token.size() + 5 + numbers.size() * (mostDigits + 1));
+    row_.resize(before + token.size() + 5 + numbers.size() * (std::size_t{mostDigits} + 1));
     char* end = row_.data() + before;
     *end++ = before == 0 ? '{' : ',';
     *end++ = '"';
@@ -135,25 +135,36 @@ void writeDocuments(std::span<const Text> messageIDs, SQLiteConnection& connecti
   }
 }
 
-std::vector<Text> readDocuments(SQLiteConnection& connection) {
-  // The ids come from their index, which is read in one sweep; the rows of the messages are large.
-  std::vector<std::pair<std::int64_t, std::uint32_t>> numberOfMessage;
-  std::size_t count = 0;
-  auto documents = connection.prepare("SELECT message, number FROM searchDocument ORDER BY message");
+// Gives the id of the message of each number below `count`.
+std::vector<Text> readDocuments(SQLiteConnection& connection, std::size_t count) {
+  struct Document {
+    std::int64_t message;
+    std::uint32_t number;
+  };
+  std::vector<Document> inOrder;
+  inOrder.reserve(count);
+  auto documents = connection.prepare(
+      "SELECT message, number FROM searchDocument WHERE number BETWEEN 0 AND ? ORDER BY message");
+  documents.bindInteger(1, static_cast<std::int64_t>(count) - 1);
   while (documents.step()) {
-    const auto number = static_cast<std::uint64_t>(documents.integer(1));
-    if (number < std::numeric_limits<std::uint32_t>::max()) {
-      numberOfMessage.emplace_back(documents.integer(0), static_cast<std::uint32_t>(number));
-      count = std::max(count, static_cast<std::size_t>(number) + 1);
-    }
+    inOrder.push_back({documents.integer(0), static_cast<std::uint32_t>(documents.integer(1))});
   }
   std::vector<Text> messageIDs(count);
+  // The ids come from their index, which is read in one sweep; the rows of the messages are large.
   auto messages = connection.prepare("SELECT number, id FROM message");
-  while (!numberOfMessage.empty() && messages.step()) {
-    const auto found = std::ranges::lower_bound(numberOfMessage, messages.integer(0), {},
-                                                &std::pair<std::int64_t, std::uint32_t>::first);
-    if (found != numberOfMessage.end() && found->first == messages.integer(0)) {
-      messageIDs[found->second] = messages.bytes(1);
+  while (!inOrder.empty() && messages.step()) {
+    const auto message = messages.integer(0);
+    // Most stores have numbered their messages without a gap.
+    auto place = inOrder.begin();
+    if (const auto steps = message - place->message;
+        steps >= 0 && steps < static_cast<std::int64_t>(inOrder.size()) &&
+        inOrder[static_cast<std::size_t>(steps)].message == message) {
+      place += steps;
+    } else {
+      place = std::ranges::lower_bound(inOrder, message, {}, &Document::message);
+    }
+    if (place != inOrder.end() && place->message == message) {
+      messageIDs[place->number] = messages.bytes(1);
     }
   }
   return messageIDs;
@@ -162,12 +173,13 @@ std::vector<Text> readDocuments(SQLiteConnection& connection) {
 /// Goes through the words of one row. What is not of the form ends the row.
 class RowReader {
  public:
-  RowReader(std::string_view row, std::size_t limit) : row_(row), limit_(limit) {}
+  /// `room` takes the numbers of one word after the other.
+  RowReader(std::string_view row, std::vector<std::uint32_t>& room) : row_(row), room_(room) {}
 
-  /// Reads the next word and its numbers; false behind the last one. Numbers from the limit on, which have
-  /// lost their messages, are left out.
+  /// Reads the next word and its numbers; false behind the last one. Numbers that the
+  /// room is too small for have lost their messages and are left out.
   bool next() {
-    numbers_.clear();
+    count_ = 0;
     if (!takes(position_ == 0 ? '{' : ',') || !takes('"')) {
       return false;
     }
@@ -180,7 +192,7 @@ class RowReader {
     return takes(':') && takes('[') && readNumbers();
   }
   [[nodiscard]] std::string_view token() const { return token_; }
-  [[nodiscard]] const std::vector<std::uint32_t>& numbers() const { return numbers_; }
+  [[nodiscard]] std::span<const std::uint32_t> numbers() const { return std::span(room_).first(count_); }
 
  private:
   static bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
@@ -192,37 +204,50 @@ class RowReader {
   }
 
   bool readNumbers() {
+    const char* at = row_.data() + position_;
+    const char* const end = row_.data() + row_.size();
     std::uint64_t number = 0;
-    for (bool isFirst = true; position_ < row_.size(); isFirst = false) {
+    while (true) {
       std::uint64_t difference = 0;
-      const std::size_t begin = position_;
-      for (; position_ < row_.size() && isDigit(row_[position_]); ++position_) {
-        difference = difference * 10 + static_cast<std::uint64_t>(row_[position_] - '0');
+      const char* const begin = at;
+      for (; at != end && isDigit(*at); ++at) {
+        difference = difference * 10 + static_cast<std::uint64_t>(*at - '0');
       }
       number += difference;
-      const auto digits = position_ - begin;
-      if (digits == 0 || digits > mostDigits || (difference == 0 && !isFirst)) {
+      // Numbers ascend, so that those below the size of the room find place in it.
+      if (at == end || at == begin || at - begin > mostDigits || (difference == 0 && count_ != 0)) {
         return false;
       }
-      if (number < limit_) {
-        numbers_.push_back(static_cast<std::uint32_t>(number));
+      if (number < room_.size()) {
+        room_[count_++] = static_cast<std::uint32_t>(number);
       }
-      if (takes(']')) {
-        return true;
-      }
-      if (!takes(',')) {
-        return false;
+      const char behind = *at++;
+      if (behind != ',') {
+        position_ = static_cast<std::size_t>(at - row_.data());
+        return behind == ']';
       }
     }
-    return false;
   }
 
   std::string_view row_;
-  std::size_t limit_;
+  std::vector<std::uint32_t>& room_;
+  std::size_t count_ = 0;
   std::size_t position_ = 0;
   std::string_view token_;
-  std::vector<std::uint32_t> numbers_;
 };
+
+void readWords(SQLiteConnection& connection, std::size_t count, const SearchTokenVisitor& visit) {
+  std::vector<std::uint32_t> room(count);
+  auto rows = connection.prepare("SELECT words FROM searchWords ORDER BY row");
+  while (count != 0 && rows.step()) {
+    RowReader reader(rows.bytes(0), room);
+    while (reader.next()) {
+      if (!reader.numbers().empty()) {
+        visit(reader.token(), reader.numbers());
+      }
+    }
+  }
+}
 
 }  // namespace
 
@@ -259,15 +284,19 @@ std::vector<Text> readSearchTokens(int rules, const SearchTokenVisitor& visit, M
   if (connection.queryInteger("SELECT version FROM searchTokenRules") != rules) {
     return {};
   }
-  std::vector<Text> messageIDs = readDocuments(connection);
-  auto rows = connection.prepare("SELECT words FROM searchWords ORDER BY row");
-  while (!messageIDs.empty() && rows.step()) {
-    RowReader reader(rows.bytes(0), messageIDs.size());
-    while (reader.next()) {
-      if (!reader.numbers().empty()) {
-        visit(reader.token(), reader.numbers());
-      }
-    }
+  // Numbers stay below 2^32 - 1, which stands for none.
+  const auto count = static_cast<std::size_t>(connection.queryInteger(
+      "SELECT ifnull(max(number) + 1, 0) FROM searchDocument WHERE number BETWEEN 0 AND 4294967293"));
+  std::vector<Text> messageIDs;
+  const auto readIDs = [&] {
+    messageIDs = readDocuments(reading.connection(reading.count() - 1), count);
+  };
+  const auto read = [&] { readWords(connection, count, visit); };
+  if (reading.count() > 1) {
+    doTogether(read, readIDs);
+  } else {
+    readIDs();
+    read();
   }
   return messageIDs;
 }
