@@ -65,15 +65,12 @@ std::size_t Tokenizer::visitRun(std::string_view text, std::size_t begin, std::s
   bool hasParts = false;
   bool dropMarks = false;
   std::size_t visited = 0;
-  const auto closeWord = [&] {
-    const std::string_view whole(word, static_cast<std::size_t>(out - word));
-    if (letters > 1 || (hasParts && hasTwoCharacters(whole))) {
+  // Captures nothing that changes with each character, as that would have to live in memory.
+  const auto closeWord = [&visit, &visited](std::string_view whole, std::size_t count, bool mayHaveMore) {
+    if (count > 1 || (mayHaveMore && hasTwoCharacters(whole))) {
       visit(whole);
       ++visited;
     }
-    word = out;
-    letters = 0;
-    hasParts = false;
   };
   while (in < stop) {
     if (static_cast<unsigned char>(*in) < 0x80) {
@@ -106,7 +103,10 @@ std::size_t Tokenizer::visitRun(std::string_view text, std::size_t begin, std::s
         }
         break;
       case Kind::separator:
-        closeWord();
+        closeWord(std::string_view(word, static_cast<std::size_t>(out - word)), letters, hasParts);
+        word = out;
+        letters = 0;
+        hasParts = false;
         dropMarks = known.takesMarks();
         break;
       case Kind::inContext:
@@ -123,7 +123,7 @@ std::size_t Tokenizer::visitRun(std::string_view text, std::size_t begin, std::s
       }
     }
   }
-  closeWord();
+  closeWord(std::string_view(word, static_cast<std::size_t>(out - word)), letters, hasParts);
   return end;
 }
 
