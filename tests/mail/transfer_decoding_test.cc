@@ -1,6 +1,9 @@
 #include "mail/transfer_decoding.h"
 
+#include <cctype>
 #include <random>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -37,6 +40,53 @@ TEST(QuotedPrintable, BadEscapeStaysVisible) {
   EXPECT_EQ(decodeQuotedPrintable("=ZZ=3D=G1==41"), "=ZZ==G1=A");
   EXPECT_EQ(decodeQuotedPrintable("a_b"), "a_b");
   EXPECT_EQ(decodeQuotedPrintable(""), "");
+}
+
+TEST(QuotedPrintable, ARowOfEscapesEndsWithTheTextOrWithWhateverIsNoEscape) {
+  const std::string row = "=D0=9F=D1=80";
+  const std::string decoded = "\xD0\x9F\xD1\x80";
+  for (const std::string end : {"", "=", "=4", "=G1", "=1G", "==", "x", "\n", "=\r"}) {
+    EXPECT_EQ(decodeQuotedPrintable(row + end), decoded + end);
+    EXPECT_EQ(decodeQuotedPrintable(row + end + " " + row), decoded + end + " " + decoded) << end;
+  }
+  for (const std::string softBreak : {"=\n", "=\r\n"}) {
+    EXPECT_EQ(decodeQuotedPrintable(row + softBreak), decoded);
+    EXPECT_EQ(decodeQuotedPrintable(row + softBreak + row), decoded + decoded);
+  }
+}
+
+// Byte by byte, as the rule reads.
+std::string plainlyDecoded(std::string_view text) {
+  std::string decoded;
+  while (!text.empty()) {
+    const bool isPair = text.size() > 2 && text[0] == '=' &&
+                        std::isxdigit(static_cast<unsigned char>(text[1])) != 0 &&
+                        std::isxdigit(static_cast<unsigned char>(text[2])) != 0;
+    if (isPair) {
+      decoded += static_cast<char>(std::stoi(std::string(text.substr(1, 2)), nullptr, 16));
+      text.remove_prefix(3);
+    } else if (text.starts_with("=\r\n")) {
+      text.remove_prefix(3);
+    } else if (text.starts_with("=\n")) {
+      text.remove_prefix(2);
+    } else {
+      decoded += text.front();
+      text.remove_prefix(1);
+    }
+  }
+  return decoded;
+}
+
+TEST(QuotedPrintable, RandomTextsGiveWhatThePlainRuleGives) {
+  const std::string_view bytes = "===4fAg\r\n ";
+  std::mt19937 random(11);
+  for (int round = 0; round < 20'000; ++round) {
+    std::string text;
+    for (auto size = random() % 24; size != 0; --size) {
+      text += bytes[random() % bytes.size()];
+    }
+    ASSERT_EQ(decodeQuotedPrintable(text), plainlyDecoded(text)) << text;
+  }
 }
 
 TEST(Base64, KnownValuesDecodeAndEncode) {
