@@ -56,6 +56,8 @@ inline int writeAll(int descriptor, const char* bytes, std::size_t count) {
   return 0;
 }
 
+/// "“name” could not be read: the system's reason."
+FileFailure readFailure(const std::filesystem::path& path, int error);
 /// "“name” could not be written: the system's reason."
 FileFailure writeFailure(const std::filesystem::path& path, int error);
 

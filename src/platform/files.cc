@@ -48,12 +48,6 @@ std::string quotedName(const fs::path& path) {
   return displayPath(name.empty() ? path : name);
 }
 
-FileFailure readFailure(const fs::path& path, int error) {
-  return FileFailure(formatText(localized("file_error_read", "“%@” could not be read: %@.",
-                                          "File failure: name of the file, the system's reason"),
-                                {quotedName(path), std::string(g_strerror(error))}));
-}
-
 FileFailure copyFailure(const fs::path& path, int error) {
   return FileFailure(formatText(localized("file_error_copy", "“%@” could not be copied: %@.",
                                           "File failure: name of the file, the system's reason"),
@@ -148,6 +142,12 @@ fs::path applicationFolder(const char* base) {
 }
 
 }  // namespace
+
+FileFailure readFailure(const fs::path& path, int error) {
+  return FileFailure(formatText(localized("file_error_read", "“%@” could not be read: %@.",
+                                          "File failure: name of the file, the system's reason"),
+                                {quotedName(path), std::string(g_strerror(error))}));
+}
 
 FileFailure writeFailure(const fs::path& path, int error) {
   return FileFailure(formatText(localized("file_error_write", "“%@” could not be written: %@.",

@@ -10,24 +10,14 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <glib.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/failure.h"
-#include "platform/files.h"
-#include "platform/localized.h"
+#include "platform/descriptor.h"
 
 namespace tidewrack {
 namespace {
-
-FileFailure readFailure(const std::filesystem::path& path, int error) {
-  const std::filesystem::path name = path.filename();
-  return FileFailure(formatText(localized("file_error_read", "“%@” could not be read: %@.",
-                                          "File failure: name of the file, the system's reason"),
-                                {displayPath(name.empty() ? path : name), std::string(g_strerror(error))}));
-}
 
 // The mappings that the signal handler knows. A handler may take no lock, hence the fixed number and the
 // atomics; a mapping beyond that number is not guarded.
@@ -109,24 +99,6 @@ void unguard(void* address) {
   }
 }
 
-class Descriptor {
- public:
-  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
-  explicit Descriptor(const std::filesystem::path& path)
-      : number_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (number_ >= 0) {
-      ::close(number_);
-    }
-  }
-  [[nodiscard]] int number() const { return number_; }
-
- private:
-  int number_;
-};
-
 }  // namespace
 
 MappedFile::MappedFile(const std::filesystem::path& path) : MappedFile(path, std::nullopt) {}
@@ -135,7 +107,8 @@ MappedFile::MappedFile(const std::filesystem::path& path, std::size_t size)
     : MappedFile(path, std::optional(size)) {}
 
 MappedFile::MappedFile(const std::filesystem::path& path, std::optional<std::size_t> expectedSize) {
-  const Descriptor descriptor(path);
+  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
+  const Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
   if (descriptor.number() < 0 || ::fstat(descriptor.number(), &status) != 0) {
     throw readFailure(path, errno);
