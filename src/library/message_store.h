@@ -121,6 +121,10 @@ class MessageStore : public std::enable_shared_from_this<MessageStore> {
 
   /// For tests: the disk is full once the store has this many pages.
   void limitPagesForTesting(std::int64_t pages);
+  /// For tests: how much of the large saves went to the disk ahead of their commits.
+  [[nodiscard]] std::uint64_t bytesSentAheadForTesting() const {
+    return writeBack_ ? writeBack_->sentBytes() : 0;
+  }
   /// For tests: contents are cut into pieces of this many bytes.
   void setPieceSizeForTesting(std::int64_t size) { pieceSize_ = size; }
 

@@ -13,19 +13,21 @@ std::uint64_t WriteBack::size() const noexcept {
 }
 
 void WriteBack::begin() noexcept {
-  sent_ = size();
+  end_ = size();
 }
 
 void WriteBack::advance() noexcept {
   constexpr std::uint64_t piece = std::uint64_t{16} << 20U;
   const std::uint64_t now = size();
-  if (now < sent_ + piece) {
+  if (now < end_ + piece) {
     return;
   }
   // A failure here is seen by the flush as well.
-  ::sync_file_range(file_.number(), static_cast<off_t>(sent_), static_cast<off_t>(now - sent_),
-                    SYNC_FILE_RANGE_WRITE);
-  sent_ = now;
+  if (::sync_file_range(file_.number(), static_cast<off_t>(end_), static_cast<off_t>(now - end_),
+                        SYNC_FILE_RANGE_WRITE) == 0) {
+    sentBytes_ += now - end_;
+  }
+  end_ = now;
 }
 
 }  // namespace tidewrack

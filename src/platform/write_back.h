@@ -22,12 +22,15 @@ class WriteBack {
   /// Sends what has been added, once it is worth it. Does not wait for the disk, unless it is too busy to
   /// take more.
   void advance() noexcept;
+  /// Bytes sent so far.
+  [[nodiscard]] std::uint64_t sentBytes() const noexcept { return sentBytes_; }
 
  private:
   [[nodiscard]] std::uint64_t size() const noexcept;
 
   Descriptor file_;
-  std::uint64_t sent_ = 0;  // Bytes of the file.
+  std::uint64_t end_ = 0;  // Of what has been sent, in the file.
+  std::uint64_t sentBytes_ = 0;
 };
 
 }  // namespace tidewrack

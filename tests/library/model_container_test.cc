@@ -239,6 +239,17 @@ TEST_F(ModelContainerTest, ALargeSaveComesBackWholeAndTheStoreReturnsToWALMode) 
             "wal");
 }
 
+TEST_F(ModelContainerTest, ALargeSaveGoesToTheDiskWhileItGoesOnAndASmallOneDoesNot) {
+  const auto container = open();
+  ModelContext context = container->newContext();
+  saveMessages({shared(sampleMessage("small"))}, context);
+  EXPECT_EQ(context.store().bytesSentAheadForTesting(), 0);
+  const auto megabytes = 80;
+  saveMessages(manyLargeMessages(megabytes), context);
+  // All but what came last.
+  EXPECT_GT(context.store().bytesSentAheadForTesting(), std::uint64_t{megabytes - 30} * 1'000'000);
+}
+
 TEST_F(ModelContainerTest, DuringALargeSaveBodiesCanBeReadAndListsWait) {
   const auto container = open();
   ModelContext context = container->newContext();

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <string_view>
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::size_t large = std::size_t{20} << 20U;
 
-TEST(WriteBack, LeavesAGrowingFileAsItIs) {
+TEST(WriteBack, SendsWhatAGrowingFileGainsAndLeavesItAsItIs) {
   const TemporaryFolder folder;
   const auto path = folder / "growing";
   std::ofstream file(path, std::ios::binary);
@@ -27,8 +28,22 @@ TEST(WriteBack, LeavesAGrowingFileAsItIs) {
     file << more << std::flush;
     expected += more;
     writeBack.advance();
+    EXPECT_EQ(writeBack.sentBytes(), expected.size() - std::string_view("beginning").size());
   }
   EXPECT_TRUE(readFile(path) == expected);
+}
+
+TEST(WriteBack, WaitsUntilSixteenMegabytesHaveComeTogether) {
+  const TemporaryFolder folder;
+  const auto path = folder / "growing";
+  std::ofstream file(path, std::ios::binary);
+  WriteBack writeBack(path);
+  file << std::string((std::size_t{16} << 20U) - 1, 'a') << std::flush;
+  writeBack.advance();
+  EXPECT_EQ(writeBack.sentBytes(), 0);
+  file << 'b' << std::flush;
+  writeBack.advance();
+  EXPECT_EQ(writeBack.sentBytes(), std::uint64_t{16} << 20U);
 }
 
 TEST(WriteBack, CanBeginAnewWhenTheFileHasBecomeSmaller) {
@@ -40,8 +55,11 @@ TEST(WriteBack, CanBeginAnewWhenTheFileHasBecomeSmaller) {
   std::filesystem::resize_file(path, 3);
   writeBack.advance();
   writeBack.begin();
+  EXPECT_EQ(writeBack.sentBytes(), large);
+  std::filesystem::resize_file(path, 3 + large);
   writeBack.advance();
-  EXPECT_EQ(readFile(path), "aaa");
+  EXPECT_EQ(writeBack.sentBytes(), 2 * large);
+  EXPECT_EQ(readFile(path), "aaa" + std::string(large, '\0'));
 }
 
 TEST(WriteBack, DoesNothingForAFileThatCannotBeOpened) {
@@ -49,6 +67,7 @@ TEST(WriteBack, DoesNothingForAFileThatCannotBeOpened) {
   WriteBack writeBack(folder / "missing");
   writeBack.begin();
   writeBack.advance();
+  EXPECT_EQ(writeBack.sentBytes(), 0);
   EXPECT_FALSE(std::filesystem::exists(folder / "missing"));
 }
 
