@@ -192,10 +192,7 @@ void measureStored(FullTextSearchIndex& index, MessageList& messages, const std:
     });
   };
   table.addRatio("load the stored tokens, " + name + " (pairs as rows)",
-                 medianOfTurns(
-                     turns, load,
-                     [&] { return rows.read(entries.size()); }),
-                 hasGoals ? 0.1 : 0);
+                 medianOfTurns(turns, load, [&] { return rows.read(entries.size()); }), hasGoals ? 0.1 : 0);
 }
 
 }  // namespace
