@@ -216,21 +216,31 @@ void ContentView::recomputeDerivedState() {
 
 void ContentView::recompute(bool selectFirst) {
   DerivedInput input = derivedInput();
+  if (selectFirst) {
+    selectionToReplace_ = selectedMessageID();
+  }
+  if (isRecomputing_) {
+    stopStaleDerivation(input);
+  }
   if (prepared_ && isSameInput(prepared_->first, input)) {
     adopt(std::move(input), prepared_->second);
   } else if (derivationCost(input, derivedInput_, derived_) <= services_.synchronousLimit) {
     DerivedState state = deriveState(input, derivedInput_, derived_);
     adopt(std::move(input), std::move(state));
   } else {
-    selectsFirstAfterRecompute_ = selectsFirstAfterRecompute_ || selectFirst;
-    if (isRecomputing_) {
-      stopStaleDerivation(input);
-    } else {
+    if (!isRecomputing_) {
       recomputeInBackground();
     }
     return;
   }
-  if (selectFirst) {
+  selectFirstIfDue();
+}
+
+// A change of the sidebar selects the first message once its list stands. What has been selected since then
+// stays.
+void ContentView::selectFirstIfDue() {
+  const auto replaced = std::exchange(selectionToReplace_, std::nullopt);
+  if (replaced && *replaced == selectedMessageID()) {
     selectFirstFilteredMessage();
   }
 }
@@ -272,9 +282,7 @@ Task<> ContentView::recomputeInBackground() {
   isRecomputing_ = false;
   backgroundInput_ = {};
   backgroundCancelled_.reset();
-  if (std::exchange(selectsFirstAfterRecompute_, false)) {
-    selectFirstFilteredMessage();
-  }
+  selectFirstIfDue();
   for (const auto& goOn : std::exchange(derivedStateWaiters_, {})) {
     goOn();
   }
@@ -303,8 +311,9 @@ void ContentView::adopt(DerivedInput input, DerivedState state) {
   if (adoption == adoptions_) {
     cachedConversationCounts.set(derived_.counts.conversations);
   }
-  if (adoption == adoptions_ && earlier.counts.labelClassification != derived_.counts.labelClassification) {
-    cachedLabelClassification.set(*derived_.counts.labelClassification);
+  if (adoption == adoptions_ && shownClassification_ != derived_.counts.labelClassification) {
+    shownClassification_ = derived_.counts.labelClassification;
+    cachedLabelClassification.set(*shownClassification_);
   }
   if (adoption == adoptions_) {
     cachedCategoryCounts.set(derived_.counts.categories);

@@ -208,6 +208,7 @@ class ContentView {
   void reactToChanges();
   [[nodiscard]] DerivedInput derivedInput() const;
   void recompute(bool selectFirst);
+  void selectFirstIfDue();
   void stopStaleDerivation(const DerivedInput& input);
   void keepIndexedMessages();
   /// Where the first loaded message with this id stands. Quick while the derived state is current.
@@ -271,10 +272,12 @@ class ContentView {
   DerivedState derived_;
   std::optional<std::pair<DerivedInput, DerivedState>> prepared_;  ///< For the list about to be assigned.
   std::uint64_t adoptions_ = 0;
+  std::shared_ptr<const LabelClassification> shownClassification_;  ///< That of the field.
   bool isRecomputing_ = false;
   DerivedInput backgroundInput_;  ///< What is being worked out in the background.
   std::shared_ptr<std::atomic<bool>> backgroundCancelled_;
-  bool selectsFirstAfterRecompute_ = false;
+  /// The selection to which the first message of the list to come is to be preferred, while one is due.
+  std::optional<std::optional<Text>> selectionToReplace_;
   std::vector<std::function<void()>> derivedStateWaiters_;
 
   bool importNeedsIndex_ = false;  ///< The user waits for the search index.

@@ -176,6 +176,21 @@ TEST_F(Screen, AnObserverThatChangesTheSearchLeavesOneConsistentState) {
   EXPECT_EQ(screen().conversationCount("A"), 0);
 }
 
+TEST_F(Screen, AnObserverThatChangesTheSearchLeavesTheClassificationOfTheNewMessages) {
+  show(list({{.id = "1"}}));
+  bool changed = false;
+  auto onList = screen().cachedFilteredMessages.observe([&] {
+    if (!std::exchange(changed, true)) {
+      screen().searchText.set("word");
+    }
+  });
+  auto labelled = std::make_shared<EmailMessage>(*screen().messages()[0]);
+  labelled->labels = {"Inbox", "Work"};
+  screen().messages.set(MessageList{labelled});
+  EXPECT_EQ(screen().cachedLabelClassification().systemMailboxes.size(), 1U);
+  EXPECT_EQ(screen().cachedLabelClassification().userLabelTree.size(), 1U);
+}
+
 TEST_F(Screen, TheSelectedMessageIsTheFirstWithItsId) {
   show(list({{.id = "1", .subject = "first"}, {.id = "1", .subject = "second"}}));
   screen().selectedMessageID.set(Text("1"));

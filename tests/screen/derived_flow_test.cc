@@ -91,6 +91,36 @@ TEST_F(DerivedFlow, AClearedFilterShowsTheWholeListAtOnce) {
   EXPECT_THAT(shownIDs(), testing::SizeIs(10));
 }
 
+TEST_F(DerivedFlow, ASelectionMadeWhileTheListOfTheSidebarIsComingStays) {
+  setBodyFilter("apples");
+  screen().sidebarSelection.set(SidebarSelection::label("Work"));
+  screen().selectMessage(screen().messages()[3]);
+  executor.runUntilIdle();
+  EXPECT_THAT(shownIDs(), ElementsAre("m6", "m8"));
+  EXPECT_EQ(screen().selectedMessageID(), Text("m3"));
+}
+
+TEST_F(DerivedFlow, AListOfTheSidebarThatComesAtOnceAfterAllIsSelectedInAtOnceAndOnlyOnce) {
+  setBodyFilter("apples");
+  screen().sidebarSelection.set(SidebarSelection::label("Work"));
+  setBodyFilter("");
+  EXPECT_THAT(shownIDs(), ElementsAre("m5", "m6", "m7", "m8", "m9"));
+  EXPECT_EQ(screen().selectedMessageID(), Text("m5"));
+  screen().selectMessage(screen().messages()[7]);
+  executor.runUntilIdle();
+  EXPECT_EQ(screen().selectedMessageID(), Text("m7"));
+}
+
+TEST_F(DerivedFlow, OfTwoChangesOfTheSidebarTheLaterOneSelects) {
+  setBodyFilter("apples");
+  screen().sidebarSelection.set(SidebarSelection::label("Work"));
+  screen().selectMessage(screen().messages()[3]);
+  screen().sidebarSelection.set(SidebarSelection::mailbox(GmailSystemMailbox::inbox));
+  executor.runUntilIdle();
+  EXPECT_THAT(shownIDs(), ElementsAre("m0", "m2", "m4"));
+  EXPECT_EQ(screen().selectedMessageID(), Text("m0"));
+}
+
 TEST_F(DerivedFlow, ANewFilterStopsTheReadingOfTheOneBefore) {
   watch_->onRead = [&] {
     if (watch_->reads == 3) {
