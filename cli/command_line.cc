@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <set>
 #include <string_view>
 
 #include "platform/localized.h"
@@ -76,6 +77,9 @@ class Reader {
       setOnce(result_.form, Form::count, Form::columns);
     } else if (const auto* selector = takesSelectors ? findSelectorOption(name) : nullptr;
                selector && (selector->takesValue || equals == std::string::npos)) {
+      if (!selector->isRepeatable && !selectorsGiven_.insert(selector->name).second) {
+        throw excludingOptions();
+      }
       selector->enter(result_.selectors, selector->takesValue ? value(argument, equals) : std::string());
     } else if (name == "--format" && isExport) {
       result_.exportFormat = format(value(argument, equals));
@@ -126,10 +130,14 @@ class Reader {
   template <typename Choice>
   void setOnce(Choice& choice, Choice chosen, Choice none) {
     if (choice != none && choice != chosen) {
-      throw UsageFailure(
-          localized("ctl_options_exclude", "These options exclude each other.", "tidewrackctl usage error"));
+      throw excludingOptions();
     }
     choice = chosen;
+  }
+
+  static UsageFailure excludingOptions() {
+    return UsageFailure(
+        localized("ctl_options_exclude", "These options exclude each other.", "tidewrackctl usage error"));
   }
 
   std::string value(const std::string& argument, std::size_t equals) {
@@ -145,6 +153,7 @@ class Reader {
   }
 
   const std::vector<std::string>& arguments_;
+  std::set<std::string_view> selectorsGiven_;  // Those that can be given only once.
   CommandLine& result_;
   std::size_t position_ = 0;
 };

@@ -87,7 +87,10 @@ void enterSince(MessageSelectors& selectors, const std::string& value) {
 void enterUntil(MessageSelectors& selectors, const std::string& value) {
   const auto until = dateValue(value);
   openRange(selectors.filters);
-  selectors.filters.endDate = until.isDay ? until.date + lastInstantOfADay : until.date;
+  const bool hasWholeDay = until.isDay && until.date <= Date::max() - lastInstantOfADay;
+  selectors.filters.endDate = hasWholeDay   ? until.date + lastInstantOfADay
+                              : until.isDay ? Date::max()
+                                            : until.date;
 }
 
 void enterAttachments(MessageSelectors& selectors, const std::string& value) {
@@ -110,29 +113,30 @@ using Selectors = MessageSelectors;
 using Value = std::string;
 
 constexpr std::array options = {
-    SelectorOption{"--library", true, [](Selectors& s, const Value& v) { s.inLibrary = v; }},
-    SelectorOption{"--mailbox", true, enterMailbox},
-    SelectorOption{"--gmail-category", true, enterGmailCategory},
+    SelectorOption{"--library", true, true, [](Selectors& s, const Value& v) { s.inLibraries.push_back(v); }},
+    SelectorOption{"--mailbox", true, true, enterMailbox},
+    SelectorOption{"--gmail-category", true, true, enterGmailCategory},
     SelectorOption{
-        "--label", true,
+        "--label", true, true,
         [](Selectors& s, const Value& v) { s.places.push_back(SidebarSelection::label(Text(v))); }},
     SelectorOption{
-        "--category", true,
+        "--category", true, true,
         [](Selectors& s, const Value& v) { s.places.push_back(SidebarSelection::category(Text(v))); }},
-    SelectorOption{"--search", true, [](Selectors& s, const Value& v) { s.searchText = v; }},
-    SelectorOption{"--subject", true, [](Selectors& s, const Value& v) { s.filters.subjectQuery = v; }},
-    SelectorOption{"--body", true, [](Selectors& s, const Value& v) { s.filters.bodyQuery = v; }},
-    SelectorOption{"--from", true, [](Selectors& s, const Value& v) { s.filters.fromQuery = v; }},
-    SelectorOption{"--since", true, enterSince},
-    SelectorOption{"--until", true, enterUntil},
-    SelectorOption{"--attachments", true, enterAttachments},
-    SelectorOption{"--attachment-type", true,
+    SelectorOption{"--search", true, false, [](Selectors& s, const Value& v) { s.searchText = v; }},
+    SelectorOption{"--subject", true, false,
+                   [](Selectors& s, const Value& v) { s.filters.subjectQuery = v; }},
+    SelectorOption{"--body", true, false, [](Selectors& s, const Value& v) { s.filters.bodyQuery = v; }},
+    SelectorOption{"--from", true, false, [](Selectors& s, const Value& v) { s.filters.fromQuery = v; }},
+    SelectorOption{"--since", true, false, enterSince},
+    SelectorOption{"--until", true, false, enterUntil},
+    SelectorOption{"--attachments", true, false, enterAttachments},
+    SelectorOption{"--attachment-type", true, false,
                    [](Selectors& s, const Value& v) { s.filters.attachmentType = v; }},
-    SelectorOption{"--in-conversations", false,
+    SelectorOption{"--in-conversations", false, true,
                    [](Selectors& s, const Value& /*none*/) { s.filters.onlyInConversations = true; }},
-    SelectorOption{"--html-only", false,
+    SelectorOption{"--html-only", false, true,
                    [](Selectors& s, const Value& /*none*/) { s.filters.onlyHTML = true; }},
-    SelectorOption{"--size", true, enterSize},
+    SelectorOption{"--size", true, false, enterSize},
 };
 
 /// What is in both lists, in the order of the first.
@@ -158,8 +162,8 @@ bool needsSearch(const MessageSelectors& selectors) {
 MessageList selectMessages(HeadlessScreen& headless, const MessageSelectors& selectors) {
   auto& screen = headless.screen();
   std::vector<SidebarSelection> places = selectors.places;
-  if (selectors.inLibrary) {
-    places.push_back(SidebarSelection::library(headless.importedLibrary(*selectors.inLibrary).id));
+  for (const auto& library : selectors.inLibraries) {
+    places.push_back(SidebarSelection::library(headless.importedLibrary(library).id));
   }
   if (places.empty()) {
     places.push_back(SidebarSelection::allLibraries());

@@ -20,7 +20,7 @@ class HeadlessScreen;
 /// holds (the reader of the command line fills it for the commands that it knows to take them), a screen that
 /// searches where `needsSearch` says so, and `selectMessages` for the list.
 struct MessageSelectors {
-  std::optional<std::string> inLibrary;
+  std::vector<std::string> inLibraries;
   std::vector<SidebarSelection> places;  ///< Mailboxes, tabs, labels and categories.
   SearchFilters filters;
   std::string searchText;
@@ -30,6 +30,7 @@ struct MessageSelectors {
 struct SelectorOption {
   std::string_view name;  ///< With its hyphens.
   bool takesValue;
+  bool isRepeatable;  ///< Each further one narrows the choice; of any other option only one can be given.
   /// Enters the option. `value` is not empty where the option takes one. Throws UsageFailure for a value
   /// that makes no sense.
   void (*enter)(MessageSelectors& selectors, const std::string& value);

@@ -1,5 +1,6 @@
 #include "cli/command_line.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace tidewrack {
@@ -52,8 +53,9 @@ TEST(CommandLineTest, helpWinsOverEverythingBeforeTheEndOfOptions) {
 TEST(CommandLineTest, readsOptionsInAnyPlaceAndInBothForms) {
   const auto line = parseCommandLine({"messages", "--digest", "--library", "ID"});
   EXPECT_EQ(line.form, Form::digest);
-  EXPECT_EQ(line.selectors.inLibrary, "ID");
-  EXPECT_EQ(parseCommandLine({"messages", "--library=ID", "--json"}).selectors.inLibrary, "ID");
+  EXPECT_THAT(line.selectors.inLibraries, ::testing::ElementsAre("ID"));
+  EXPECT_THAT(parseCommandLine({"messages", "--library=ID", "--json"}).selectors.inLibraries,
+              ::testing::ElementsAre("ID"));
   EXPECT_EQ(parseCommandLine({"parse", "file", "--digest"}).form, Form::digest);
   EXPECT_EQ(parseCommandLine({"show", "id", "--text"}).part, Part::text);
   EXPECT_EQ(parseCommandLine({"show", "--html", "id"}).part, Part::html);
@@ -92,6 +94,8 @@ TEST(CommandLineTest, refusesWrongUsage) {
       {"messages", "--attachments", "some"},
       {"messages", "--size", "huge"},
       {"messages", "--html-only=yes"},
+      {"messages", "--subject", "a", "--subject", "a"},
+      {"messages", "--since", "2026-01-01", "--since=2026-01-02"},
       {"messages", "--in-conversations=1"},
       {"messages", "--search"},
       {"show", "id", "--search", "word"},

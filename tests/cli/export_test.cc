@@ -125,7 +125,7 @@ TEST(ExportCommandLineTest, formatAndOutputAreNeededAndTheFormatKnown) {
   const auto line = parseCommandLine({"export", "--format=mbox", "--output", "x", "--library", "L"});
   EXPECT_EQ(line.exportFormat, ExportUtility::ExportFormat::mbox);
   EXPECT_EQ(line.exportFile, "x");
-  EXPECT_EQ(line.selectors.inLibrary, "L");
+  EXPECT_THAT(line.selectors.inLibraries, ::testing::ElementsAre("L"));
 }
 
 TEST(ExportCommandDiskTest, aFullDiskLeavesNoHalfFileAndKeepsAnExistingOne) {

@@ -111,6 +111,7 @@ TEST_F(SelectorsTest, datesAreInclusiveInstantsOrWholeDays) {
   EXPECT_THAT(ids("--until", "2026-01-05T08:00:00Z"), ElementsAre(welcome, ::testing::_));
   EXPECT_EQ(count("--until", "2026-01-05T07:59:59Z"), "1\n");
   EXPECT_EQ(count("--since=2026-01-09", "--until=2026-01-09"), "4\n");
+  EXPECT_EQ(count("--until", "+292278994-08-17"), "14\n");  // The last day there is, which is no whole one.
 }
 
 TEST_F(SelectorsTest, attachmentsAndTheirTypes) {
