@@ -241,9 +241,14 @@ void MainWindow::showMiddle() {
 }
 
 void MainWindow::showImportError() {
+  // One at a time: a further failure takes the place of the one before.
+  if (const auto close = std::exchange(closeImportError_, nullptr)) {
+    close();
+  }
   if (const auto& error = screen_.importErrorMessage()) {
-    showAlert(*window_, localized("import_error_title", "Import Error", "Import error alert title"), *error,
-              [this] { screen_.importErrorMessage.set(std::nullopt); });
+    closeImportError_ =
+        showAlert(*window_, localized("import_error_title", "Import Error", "Import error alert title"),
+                  *error, [this] { screen_.importErrorMessage.set(std::nullopt); });
   }
 }
 

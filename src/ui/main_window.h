@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -66,7 +67,8 @@ class MainWindow {
   Gtk::Stack* middle_ = nullptr;
   MessageListView* list_ = nullptr;
   MessageDetailView* detail_ = nullptr;
-  ExportSheet* exportSheet_ = nullptr;  ///< Null until it is wanted.
+  ExportSheet* exportSheet_ = nullptr;      ///< Null until it is wanted.
+  std::function<void()> closeImportError_;  ///< Null while there is no alert.
   std::unique_ptr<ArchivePicker> picker_;
   std::unique_ptr<RenameDialog> renameDialog_;
   std::vector<Subscription> subscriptions_;

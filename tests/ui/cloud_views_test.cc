@@ -135,5 +135,21 @@ TEST_F(CloudViewsTest, AnImportErrorWhileASheetIsOpenIsToldOverItAndClosingItCle
   EXPECT_NE(find("settings.root"), nullptr);
 }
 
+TEST_F(CloudViewsTest, AFurtherImportErrorTakesThePlaceOfTheOneBefore) {
+  open();
+  screen_->importErrorMessage.set("The first file is gone.");
+  ASSERT_TRUE(runUntil([] { return alert() != nullptr; }));
+  screen_->importErrorMessage.set("The second file is gone.");
+  ASSERT_TRUE(runUntil([] { return alert() != nullptr; }));
+  EXPECT_STREQ(adw_message_dialog_get_body(ADW_MESSAGE_DIALOG(alert())), "The second file is gone.");
+  EXPECT_EQ(screen_->importErrorMessage(), "The second file is gone.");
+  gtk_window_close(alert());
+  EXPECT_TRUE(runUntil([this] { return !screen_->importErrorMessage() && alert() == nullptr; }));
+  screen_->importErrorMessage.set("A third one.");
+  ASSERT_TRUE(runUntil([] { return alert() != nullptr; }));
+  screen_->importErrorMessage.set(std::nullopt);
+  EXPECT_TRUE(runUntil([] { return alert() == nullptr; }));
+}
+
 }  // namespace
 }  // namespace tidewrack
