@@ -386,6 +386,31 @@ int localizedCaseInsensitiveCompare(std::string_view a, std::string_view b) {
   return caseInsensitiveCollator().compareUTF8(piece(a), piece(b), status);
 }
 
+namespace {
+
+int graphemeBreakOf(UChar32 character) {
+  return u_getIntPropertyValue(character, UCHAR_GRAPHEME_CLUSTER_BREAK);
+}
+
+// Whether a character is a mark, vowel sign or letter of a syllable that goes on with what stands before it
+// (UAX #29, rules GB6 to GB9a). Selectors of a variant and other characters without a look change nothing.
+bool goesOnWith(UChar32 before, UChar32 character) {
+  switch (graphemeBreakOf(character)) {
+    case U_GCB_EXTEND:
+    case U_GCB_SPACING_MARK:
+      return u_hasBinaryProperty(character, UCHAR_DEFAULT_IGNORABLE_CODE_POINT) == 0;
+    case U_GCB_V:
+    case U_GCB_T: {
+      const auto kind = graphemeBreakOf(before);
+      return kind == U_GCB_L || kind == U_GCB_V || kind == U_GCB_T || kind == U_GCB_LV || kind == U_GCB_LVT;
+    }
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
 bool localizedCaseInsensitiveContains(std::string_view text, std::string_view part) {
   if (part.empty()) {
     return false;
@@ -402,7 +427,7 @@ bool localizedCaseInsensitiveContains(std::string_view text, std::string_view pa
     for (std::int32_t at = whole.indexOf(wanted); at >= 0 && !isHeld; at = whole.indexOf(wanted, at + 1)) {
       // A letter is not held where the text has the letter with a mark.
       const std::int32_t behind = at + wanted.length();
-      isHeld = behind == whole.length() || u_getCombiningClass(whole.char32At(behind)) == 0;
+      isHeld = behind == whole.length() || !goesOnWith(whole.char32At(behind - 1), whole.char32At(behind));
     }
   });
   return isHeld;

@@ -331,6 +331,13 @@ TEST(Unicode, ComparingAndFindingIgnoreCaseButNotDiacritics) {
   EXPECT_FALSE(localizedCaseInsensitiveContains("caf\u00E9", "cafe"));
   EXPECT_TRUE(localizedCaseInsensitiveContains("caf\u00E9 cafe", "cafe"));
   EXPECT_TRUE(localizedCaseInsensitiveContains("Stra\u00DFe", "STRASSE"));
+  // A syllable is not held where the text has it with a vowel sign or a final consonant.
+  EXPECT_FALSE(localizedCaseInsensitiveContains("각", "가"));
+  EXPECT_TRUE(localizedCaseInsensitiveContains("각가", "가"));
+  EXPECT_TRUE(localizedCaseInsensitiveContains("\u1100\u1161\u11A8", "각"));
+  EXPECT_FALSE(localizedCaseInsensitiveContains("कि", "क"));
+  EXPECT_TRUE(localizedCaseInsensitiveContains("किताब", "कि"));
+  EXPECT_TRUE(localizedCaseInsensitiveContains("I \u2764\uFE0F it", "\u2764"));
 }
 
 TEST(Unicode, TurkishHasTwoLettersI) {
