@@ -359,10 +359,9 @@ std::vector<std::string> FullTextSearchIndex::tokenize(std::string_view text) {
   return tokens;
 }
 
-/// Visits each part with the number of each of its messages that holds every token of the query.
+/// Visits each part with the number of each of its messages that holds every one of the tokens.
 template <typename Visit>
-void FullTextSearchIndex::forEachMatch(std::string_view query, Visit visit) const {
-  const auto tokens = tokenize(query);
+void FullTextSearchIndex::forEachMatch(std::span<const std::string> tokens, Visit visit) const {
   if (tokens.empty() || !data_) {
     return;
   }
@@ -381,17 +380,26 @@ void FullTextSearchIndex::forEachMatch(std::string_view query, Visit visit) cons
   }
 }
 
+// Ids and not messages are intersected: several messages of one id may hold the tokens between them.
 std::unordered_set<Text> FullTextSearchIndex::matchingMessageIDs(std::string_view query) const {
+  const auto tokens = tokenize(query);
   std::unordered_set<Text> ids;
-  forEachMatch(query, [&ids](const Part& part, std::uint32_t number) {
-    ids.insert(part.segment->messageIDs()[number]);
-  });
+  for (std::size_t i = 0; i < tokens.size() && (i == 0 || !ids.empty()); ++i) {
+    std::unordered_set<Text> holding;
+    forEachMatch(std::span(tokens).subspan(i, 1), [&](const Part& part, std::uint32_t number) {
+      const Text& id = part.segment->messageIDs()[number];
+      if (i == 0 || ids.contains(id)) {
+        holding.insert(id);
+      }
+    });
+    ids = std::move(holding);
+  }
   return ids;
 }
 
 std::vector<std::uint32_t> FullTextSearchIndex::positionsMatching(std::string_view query) const {
   std::vector<std::uint32_t> positions;
-  forEachMatch(query, [&positions](const Part& part, std::uint32_t number) {
+  forEachMatch(tokenize(query), [&positions](const Part& part, std::uint32_t number) {
     positions.push_back(part.positions[number]);
   });
   sortPositions(positions);

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -61,9 +62,11 @@ class FullTextSearchIndex {
   /// The words of a text: diacritics folded, lower case, split at everything that is no letter, mark or
   /// digit; words of one user-perceived character are dropped. Repeats stay.
   static std::vector<std::string> tokenize(std::string_view text);
-  /// The ids of the messages that hold every token of the query; none for a query without tokens.
+  /// The ids of which every token of the query is held, by one message or, where several have the id, by all
+  /// of them together; none for a query without tokens.
   [[nodiscard]] std::unordered_set<Text> matchingMessageIDs(std::string_view query) const;
-  /// The same as places, ascending, in the list given last to build, update or align. Costs what it finds.
+  /// The places, ascending, of the messages that hold every token, in the list given last to build, update
+  /// or align; for a list in which no id repeats. Costs what it finds.
   [[nodiscard]] std::vector<std::uint32_t> positionsMatching(std::string_view query) const;
   /// Number of messages of the list given last to build, update or align whose words it holds.
   [[nodiscard]] std::size_t messageCount() const;
@@ -82,7 +85,7 @@ class FullTextSearchIndex {
   static void compact(Data& data);
   static void mergeParts(Data& data);
   template <typename Visit>
-  void forEachMatch(std::string_view query, Visit visit) const;
+  void forEachMatch(std::span<const std::string> tokens, Visit visit) const;
 
   std::shared_ptr<const Data> data_;
 };

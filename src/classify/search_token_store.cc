@@ -11,7 +11,7 @@ namespace tidewrack {
 namespace {
 
 // Goes up by one whenever the same text may give other words than before, or other texts of a message count.
-constexpr int tokenizerRules = 1;
+constexpr int tokenizerRules = 2;
 
 }  // namespace
 

@@ -1,6 +1,10 @@
 #include "classify/tokenizer.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "platform/alphanumerics.h"
+#include "platform/normalization.h"
 #include "platform/unicode.h"
 
 namespace tidewrack {
@@ -12,6 +16,12 @@ bool endsStretch(char byte) {
   // The others can stand between a Greek sigma and the letter that decides its form (Unicode Standard 3.13,
   // Final_Sigma).
   return !isOfWord && byte != '\'' && byte != '.' && byte != ':' && byte != '^' && byte != '`';
+}
+
+// Adds a word of which eight bytes can be read.
+void addRoomy(std::vector<std::string>& words, std::string word) {
+  word.reserve(std::max(word.size(), sizeof(std::uint64_t)));
+  words.push_back(std::move(word));
 }
 
 }  // namespace
@@ -37,10 +47,20 @@ const std::vector<std::string>& Tokenizer::wordsOf(std::string_view stretch) {
   for (std::size_t at = 0; at < folded.size();) {
     const auto word = nextAlphanumericRun(folded, at);
     if (hasTwoCharacters(word)) {
-      words.emplace_back(word).reserve(word.size() + sizeof(std::uint64_t));
+      addRoomy(words, canonicallyComposed(word));
     }
   }
   return words;
+}
+
+std::string_view Tokenizer::composed(std::string_view word) {
+  std::string result = canonicallyComposed(word);
+  if (result == word) {
+    return word;
+  }
+  auto& kept = stretches_.emplace_back();
+  addRoomy(kept, std::move(result));
+  return kept.front();
 }
 
 void Tokenizer::begin(std::size_t size) {

@@ -15,8 +15,9 @@
 namespace tidewrack {
 
 /// Cuts text into search words: diacritics folded, lower case, split at everything but letters, marks and
-/// digits of any script; words of one user-perceived character are dropped. 64 bytes at a time are told apart
-/// into runs, those of ASCII alone are words as they stand, and the others are folded character by character
+/// digits of any script; words of one user-perceived character are dropped, and the others come in
+/// normalization form C (UAX #15), so that equivalent words are equal. 64 bytes at a time are told apart into
+/// runs, those of ASCII alone are words as they stand, and the others are folded character by character
 /// through a table. Keeps its buffers, so one thread at a time.
 class Tokenizer {
  public:
@@ -36,6 +37,8 @@ class Tokenizer {
   /// The words of a stretch by the tables of whole texts. They stay until the next text.
   const std::vector<std::string>& wordsOf(std::string_view stretch);
   static bool hasTwoCharacters(std::string_view word);
+  /// The word in normalization form C. It stays until the next text.
+  std::string_view composed(std::string_view word);
   void begin(std::size_t size);
 
   /// Visits words from `position` on; gives the place to go on from, which is the end of the text or that of
@@ -66,9 +69,9 @@ std::size_t Tokenizer::visitRun(std::string_view text, std::size_t begin, std::s
   bool dropMarks = false;
   std::size_t visited = 0;
   // Captures nothing that changes with each character, as that would have to live in memory.
-  const auto closeWord = [&visit, &visited](std::string_view whole, std::size_t count, bool mayHaveMore) {
-    if (count > 1 || (mayHaveMore && hasTwoCharacters(whole))) {
-      visit(whole);
+  const auto closeWord = [this, &visit, &visited](std::string_view whole, std::size_t count, bool mixes) {
+    if (count > 1 || (mixes && hasTwoCharacters(whole))) {
+      visit(mixes ? composed(whole) : whole);  // Letters alone are composed.
       ++visited;
     }
   };

@@ -4,6 +4,7 @@
 
 #include <unicode/uchar.h>
 
+#include "platform/normalization.h"
 #include "platform/unicode.h"
 #include "platform/utf8.h"
 
@@ -27,7 +28,7 @@ WordCharacter describe(char32_t character) {
   appendCharacter(text, character);
   const std::string folded = foldDiacritics(text);
   const bool takesMarks = foldDiacritics(text + "\u0301") == folded;
-  const std::string lower = lowercase(folded);
+  const std::string lower = canonicallyComposed(lowercase(folded));
   const char* end = lower.data();
   const char32_t result = nextCharacter(end);
   if (character == capitalSigma || end != lower.data() + lower.size()) {

@@ -8,8 +8,8 @@
 namespace tidewrack {
 
 /// What one character beyond ASCII is for the words of a search, told without its neighbours: what is left of
-/// it in lower case and without diacritics (platform/unicode.h), and whether that can be part of a word (the
-/// general categories L*, M* and N*).
+/// it in lower case, without diacritics (platform/unicode.h) and composed, and whether that can be part of a
+/// word (the general categories L*, M* and N*).
 class WordCharacter {
  public:
   enum class Kind : std::uint8_t {

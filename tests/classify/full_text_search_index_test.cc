@@ -11,6 +11,7 @@
 
 #include "classify/token_segment.h"
 #include "platform/alphanumerics.h"
+#include "platform/normalization.h"
 #include "platform/unicode.h"
 #include "platform/utf8.h"
 
@@ -82,7 +83,21 @@ TEST(Tokenize, KanaKeepsItsVoicedMarks) {
 
 TEST(Tokenize, HangulDropsASingleSyllableComposedOrNot) {
   EXPECT_THAT(FullTextSearchIndex::tokenize("한국어 글 \u1112\u1161\u11AB \u1112\u1161\u11AB글"),
-              ElementsAre("한국어", "\u1112\u1161\u11AB글"));
+              ElementsAre("한국어", "한글"));
+}
+
+TEST(Tokenize, EquivalentSpellingsOfAWordAreOneToken) {
+  const std::vector<std::pair<const char*, const char*>> spellings = {
+      {"회의록", "\u1112\u116C\u110B\u1174\u1105\u1169\u11A8"},
+      {"ガス", "カ\u3099ス"},
+      {"\u095Bरा", "\u091C\u093Cरा"},
+      {"\uF900漢", "\u8C48漢"},
+      {"שׁלום", "\uFB2Aלום"}};
+  for (const auto& [one, other] : spellings) {
+    EXPECT_EQ(FullTextSearchIndex::tokenize(one), FullTextSearchIndex::tokenize(other)) << one;
+    EXPECT_THAT(FullTextSearchIndex::tokenize(one), testing::SizeIs(1)) << one;
+  }
+  EXPECT_THAT(FullTextSearchIndex::tokenize("\u1112\u116C\u110B\u1174"), ElementsAre("회의"));
 }
 
 TEST(Tokenize, EmojiSeparateAndAreNoWords) {
@@ -102,7 +117,7 @@ std::vector<std::string> plainTokens(std::string_view text) {
   for (std::size_t at = 0; at < folded.size();) {
     const auto word = nextAlphanumericRun(folded, at);
     if (graphemeCount(word) > 1) {
-      tokens.emplace_back(word);
+      tokens.push_back(canonicallyComposed(word));
     }
   }
   return tokens;
@@ -203,8 +218,23 @@ TEST(FullTextSearchIndex, OneUnknownTokenAmongKnownOnesFindsNothing) {
 }
 
 TEST(FullTextSearchIndex, AWholeAddressFindsMessagesThatHoldItsTokensAnywhere) {
-  const auto index = indexOf({message("1", "nothing"), message("2", "nothing")});
+  const auto from = [](const char* id, const char* address, const char* body) {
+    auto made = std::make_shared<EmailMessage>(*message(id, body));
+    made->from.address = address;
+    return made;
+  };
+  const auto index =
+      indexOf({from("1", "ana@example.org", "nothing"), from("2", "bob@net", "org. Ana, an example"),
+               from("3", "ana@example", "nothing"), from("4", "org@net", "for example")});
   EXPECT_THAT(index.matchingMessageIDs("ana@example.org"), UnorderedElementsAre(Text("1"), Text("2")));
+}
+
+TEST(FullTextSearchIndex, MessagesOfOneIDAreFoundByWordsThatTheyHoldBetweenThem) {
+  auto index = indexOf({message("1", "lighthouse"), message("1", "harbour"), message("2", "harbour")});
+  EXPECT_THAT(index.matchingMessageIDs("lighthouse harbour"), UnorderedElementsAre(Text("1")));
+  EXPECT_THAT(index.matchingMessageIDs("harbour"), UnorderedElementsAre(Text("1"), Text("2")));
+  index.load(index.entries());
+  EXPECT_THAT(index.matchingMessageIDs("lighthouse harbour"), UnorderedElementsAre(Text("1")));
 }
 
 TEST(FullTextSearchIndex, AnEmptyIndexFindsNothing) {
@@ -212,15 +242,30 @@ TEST(FullTextSearchIndex, AnEmptyIndexFindsNothing) {
   EXPECT_TRUE(FullTextSearchIndex().empty());
 }
 
-TEST(FullTextSearchIndex, AMessageWithoutTextIsFoundBySenderAndLabel) {
+TEST(FullTextSearchIndex, AMessageWithoutTextIsFoundByThePartsOfItsSenderAndByLabel) {
   auto bare = std::make_shared<EmailMessage>();
   bare->id = "1";
   bare->from = {Text("Ana Ruiz"), "ana@example.org"};
   bare->labels = {"Inbox"};
   const auto index = indexOf({bare});
-  EXPECT_THAT(index.matchingMessageIDs("ruiz"), UnorderedElementsAre(Text("1")));
+  for (const auto* query : {"ruiz", "ana", "example", "org", "ana@example.org"}) {
+    EXPECT_THAT(index.matchingMessageIDs(query), UnorderedElementsAre(Text("1"))) << query;
+  }
   EXPECT_THAT(index.matchingMessageIDs("inbox"), UnorderedElementsAre(Text("1")));
   EXPECT_THAT(index.matchingMessageIDs("recibidos"), IsEmpty());
+}
+
+TEST(FullTextSearchIndex, RecipientsAreFoundAndNamesOfAttachmentsAreNot) {
+  auto made = std::make_shared<EmailMessage>(*message("1", "body"));
+  made->to = {{Text("Tomás"), "to@example.org"}};
+  made->cc = {{std::nullopt, "carla@copy.example"}};
+  made->snippet = "a snippet that was cut in a wo";
+  made->attachments.emplace_back().fileName = "picture.png";
+  const auto index = indexOf({made});
+  for (const auto* query : {"tomas", "carla", "copy", "wo"}) {
+    EXPECT_THAT(index.matchingMessageIDs(query), UnorderedElementsAre(Text("1"))) << query;
+  }
+  EXPECT_THAT(index.matchingMessageIDs("picture"), IsEmpty());
 }
 
 TEST(FullTextSearchIndex, ThereIsNoPrefixMatching) {
