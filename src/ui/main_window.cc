@@ -99,12 +99,10 @@ MainWindow::MainWindow(Gtk::Application& application, ContentView& screen, Intel
   };
   follow(screen_.cachedFilteredMessages, &MainWindow::showTitle);
   follow(screen_.sidebarSelection, &MainWindow::showTitle);
-  follow(screen_.libraries, &MainWindow::showTitle);
   follow(screen_.libraries, &MainWindow::showMiddle);
   follow(screen_.messages, &MainWindow::showMiddle);
   follow(screen_.isImporting, &MainWindow::showMiddle);
   follow(screen_.importErrorMessage, &MainWindow::showImportError);
-  showTitle();
   showMiddle();
   showImportError();
 }
@@ -136,6 +134,7 @@ Gtk::Widget* MainWindow::makeSidebarColumn() {
 Gtk::Widget* MainWindow::makeListColumn() {
   AdwHeaderBar* bar = makeHeaderBar(false, false);
   listTitle_ = giveTitle(bar, localized("Messages_title", "Messages", "Messages list title"));
+  gtk_widget_set_name(GTK_WIDGET(listTitle_), "messages.title");
   list_ = Gtk::make_managed<MessageListView>(screen_);
   WelcomeView::Actions actions;
   actions.onImport = [this] { screen_.isPresentingImporter.set(true); };
@@ -233,10 +232,15 @@ void MainWindow::showTitle() {
   if (window_->get_title().raw() != title) {
     window_->set_title(title);
   }
-  adw_window_title_set_subtitle(listTitle_, (screen_.subtitle() + " · " + title).c_str());
+  const bool isWelcome = screen_.showsWelcome();
+  adw_window_title_set_title(
+      listTitle_,
+      isWelcome ? localized("Messages_title", "Messages", "Messages list title").c_str() : title.c_str());
+  adw_window_title_set_subtitle(listTitle_, isWelcome ? "" : screen_.subtitle().c_str());
 }
 
 void MainWindow::showMiddle() {
+  showTitle();
   middle_->set_visible_child(screen_.showsWelcome() ? welcomePage : listPage);
 }
 

@@ -73,6 +73,21 @@ TEST_F(WindowTest, AnImportedArchiveCanBeBrowsedAndRead) {
   EXPECT_EQ(bodyText(find("messageDetail.text")), "Body of 2");
 }
 
+TEST_F(WindowTest, TheListIsHeadedByWhatIsChosenAndTheNumberOfItsMessages) {
+  open();
+  auto* title = ADW_WINDOW_TITLE(find("messages.title")->gobj());
+  EXPECT_STREQ(adw_window_title_get_title(title), "Messages");
+  EXPECT_STREQ(adw_window_title_get_subtitle(title), "");
+  import(archive("three.mbox", plainArchive(3)));
+  EXPECT_STREQ(adw_window_title_get_title(title), "three");
+  EXPECT_STREQ(adw_window_title_get_subtitle(title), "3 messages");
+  EXPECT_EQ(window_->window().get_title(), "three");
+  screen_->sidebarSelection.set(SidebarSelection::mailbox(GmailSystemMailbox::starred));
+  runPending();
+  EXPECT_STREQ(adw_window_title_get_title(title), "Starred");
+  EXPECT_STREQ(adw_window_title_get_subtitle(title), "0 messages");
+}
+
 TEST_F(WindowTest, SelectingARowShowsItsMessage) {
   open();
   import(archive("three.mbox", plainArchive(3)));
