@@ -230,7 +230,8 @@ Commands:
   delete ID                      delete a library with its messages
   tokenize TEXT                  print the words under which a text is found, one a line
 
-Selectors (a message is chosen when it passes all that are given):
+Selectors (a message is chosen when it passes all that are given; the first five can be given
+several times):
   --library ID                   the messages of one library
   --mailbox NAME                 inbox, starred, important, sent, drafts, scheduled, archived, spam
                                  or trash, or a name that mail providers have for one of them
