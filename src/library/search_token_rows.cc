@@ -288,9 +288,7 @@ std::vector<Text> readSearchTokens(int rules, const SearchTokenVisitor& visit, M
   const auto count = static_cast<std::size_t>(connection.queryInteger(
       "SELECT ifnull(max(number) + 1, 0) FROM searchDocument WHERE number BETWEEN 0 AND 4294967293"));
   std::vector<Text> messageIDs;
-  const auto readIDs = [&] {
-    messageIDs = readDocuments(reading.connection(reading.count() - 1), count);
-  };
+  const auto readIDs = [&] { messageIDs = readDocuments(reading.connection(reading.count() - 1), count); };
   const auto read = [&] { readWords(connection, count, visit); };
   if (reading.count() > 1) {
     doTogether(read, readIDs);

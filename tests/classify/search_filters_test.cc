@@ -1,9 +1,28 @@
 #include "classify/search_filters.h"
 
+#include <functional>
+#include <memory>
+#include <vector>
+
 #include <gtest/gtest.h>
+#include <unicode/timezone.h>
+
+#include "platform/calendar.h"
 
 namespace tidewrack {
 namespace {
+
+/// Months begin and end as in Greenwich for as long as it lives.
+class InGreenwich {
+ public:
+  InGreenwich() { icu::TimeZone::setDefault(*icu::TimeZone::getGMT()); }
+  ~InGreenwich() { icu::TimeZone::adoptDefault(before_.release()); }
+  InGreenwich(const InGreenwich&) = delete;
+  InGreenwich& operator=(const InGreenwich&) = delete;
+
+ private:
+  std::unique_ptr<icu::TimeZone> before_{icu::TimeZone::createDefault()};
+};
 
 EmailMessage withAttachments(const std::vector<std::size_t>& sizes) {
   EmailMessage message;
@@ -87,6 +106,78 @@ TEST(SearchFilters, AQueryOfOneBlankIsActive) {
 
 TEST(SearchFilters, TheDatesAloneDoNotCount) {
   EXPECT_FALSE(SearchFilters::defaults(Date(std::chrono::days(20'000))).isActive());
+}
+
+TEST(SearchFilters, TheDatesBeginAsTheYearBefore) {
+  const InGreenwich zone;
+  const auto now = *parseISO8601("2026-03-01T12:00:00Z");
+  const auto filters = SearchFilters::defaults(now);
+  EXPECT_EQ(filters.startDate, *parseISO8601("2025-03-01T12:00:00Z"));
+  EXPECT_EQ(filters.endDate, now);
+}
+
+TEST(SearchFilters, TheShortcutsAreAWeekAMonthAndAYear) {
+  const InGreenwich zone;
+  const auto now = *parseISO8601("2026-03-31T12:00:00Z");
+  SearchFilters filters;
+  filters.setLastWeek(now);
+  EXPECT_EQ(filters.startDate, *parseISO8601("2026-03-24T12:00:00Z"));
+  filters.setLastMonth(now);
+  EXPECT_EQ(filters.startDate, *parseISO8601("2026-02-28T12:00:00Z"));
+  filters.setLastYear(now);
+  EXPECT_EQ(filters.startDate, *parseISO8601("2025-03-31T12:00:00Z"));
+  EXPECT_EQ(filters.endDate, now);
+}
+
+TEST(SearchFilters, EachFilterAloneIsActive) {
+  const std::vector<std::function<void(SearchFilters&)>> changes = {
+      [](SearchFilters& filters) { filters.subjectQuery = "a"; },
+      [](SearchFilters& filters) { filters.bodyQuery = "a"; },
+      [](SearchFilters& filters) { filters.fromQuery = "a"; },
+      [](SearchFilters& filters) { filters.useDateFilter = true; },
+      [](SearchFilters& filters) { filters.attachmentFilter = AttachmentFilter::withAttachments; },
+      [](SearchFilters& filters) { filters.attachmentFilter = AttachmentFilter::withoutAttachments; },
+      [](SearchFilters& filters) { filters.attachmentType = "a"; },
+      [](SearchFilters& filters) { filters.onlyInConversations = true; },
+      [](SearchFilters& filters) { filters.onlyHTML = true; },
+      [](SearchFilters& filters) { filters.sizeFilter = SizeFilter::small; }};
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    SearchFilters filters;
+    changes[i](filters);
+    EXPECT_TRUE(filters.isActive()) << i;
+  }
+}
+
+TEST(SearchFilters, TheStartOfTheRangeBelongsToIt) {
+  SearchFilters filters;
+  filters.useDateFilter = true;
+  filters.startDate = filters.endDate = Date(std::chrono::days(20'000));
+  EmailMessage message;
+  message.date = filters.startDate;
+  EXPECT_TRUE(filters.matches(message));
+  *message.date -= std::chrono::milliseconds(1);
+  EXPECT_FALSE(filters.matches(message));
+}
+
+TEST(SearchFilters, ThePickersSayWhatTheyOffer) {
+  EXPECT_STREQ(label(AttachmentFilter::any), "Cualquiera");
+  EXPECT_STREQ(label(AttachmentFilter::withAttachments), "Con adjuntos");
+  EXPECT_STREQ(label(AttachmentFilter::withoutAttachments), "Sin adjuntos");
+  EXPECT_STREQ(label(SizeFilter::any), "Cualquiera");
+  EXPECT_STREQ(label(SizeFilter::small), "Pequeño (< 10 KB)");
+  EXPECT_STREQ(label(SizeFilter::medium), "Mediano (10-100 KB)");
+  EXPECT_STREQ(label(SizeFilter::large), "Grande (> 100 KB)");
+}
+
+TEST(SearchFilters, TheSummaryTellsTheRange) {
+  SearchFilters filters;
+  filters.subjectQuery = "a";
+  filters.useDateFilter = true;
+  filters.startDate = *parseISO8601("2026-01-02T12:00:00Z");
+  filters.endDate = *parseISO8601("2026-03-04T12:00:00Z");
+  filters.attachmentFilter = AttachmentFilter::withAttachments;
+  EXPECT_EQ(filters.summary(), "asunto contiene 'a', entre " + formatShortDate(filters.startDate) + " y " +
+                                   formatShortDate(filters.endDate) + ", con adjuntos");
 }
 
 TEST(SearchFilters, HTMLIsSearchedAsMarkup) {

@@ -442,6 +442,16 @@ TEST_F(Screen, TheToolbarHasItsIdentifiersAndTexts) {
   check(ToolbarAction::cloudStatus, "", "icloud.fill", "iCloud sync is active", "iCloud sync is active");
   check(ToolbarAction::settings, "toolbar.settings", "gearshape", "Settings", "Configure the app");
   EXPECT_EQ(item(screen(), ToolbarAction::cloudStatus).tint, "blue");
+  check(ToolbarAction::importArchives, "toolbar.import", "tray.and.arrow.down", "Import MBOX…", "");
+  SearchFilters filters;
+  filters.onlyHTML = true;
+  screen().advancedFilters.set(filters);
+  check(ToolbarAction::clearFilters, "", "xmark.circle.fill", "Clear Filters",
+        "Advanced filters are active. Click to clear them.");
+  screen().discoveredRemoteLibraries.set(std::vector<DiscoveredLibrary>(2));
+  check(ToolbarAction::discoveredLibraries, "", "icloud.and.arrow.down.fill", "Available in iCloud",
+        "Libraries available in iCloud not added on this device");
+  EXPECT_EQ(item(screen(), ToolbarAction::discoveredLibraries).badge, 2);
 }
 
 // -- Long lists go through the background and end the same.

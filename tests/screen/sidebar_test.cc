@@ -1,5 +1,8 @@
 #include "screen/sidebar.h"
 
+#include <set>
+#include <string>
+
 #include "screen_world.h"
 
 namespace tidewrack {
@@ -135,6 +138,32 @@ TEST_F(Sidebar, SmartCategoriesStandInTheirFixedOrderAndOtherNamesAreNeverListed
   EXPECT_EQ(categories.rows[0].selection, SidebarSelection::category("Work"));
   EXPECT_THAT(screen().categoriesInScope(), ElementsAre("Work", "Spam"));
   EXPECT_FALSE(categories.progress);
+}
+
+TEST_F(Sidebar, EachSmartCategoryHasItsIconAndTint) {
+  show({message("1", {}, "Other"), message("2", {}, "Spam"), message("3", {}, "Newsletter"),
+        message("4", {}, "Social"), message("5", {}, "Travel"), message("6", {}, "Shopping"),
+        message("7", {}, "Finance"), message("8", {}, "Personal"), message("9", {}, "Work")});
+  std::vector<std::string> rows;
+  for (const auto& row : section(Kind::smartCategories).rows) {
+    rows.push_back(row.title + " " + std::string(row.icon) + " " + std::string(row.tint));
+  }
+  EXPECT_THAT(rows, ElementsAre("Work briefcase.fill blue", "Personal person.fill green",
+                                "Finance dollarsign.circle.fill yellow", "Shopping cart.fill orange",
+                                "Travel airplane purple", "Social bubble.left.and.bubble.right.fill pink",
+                                "Newsletter envelope.fill cyan", "Spam exclamationmark.octagon.fill red",
+                                "Other folder.fill gray"));
+}
+
+TEST_F(Sidebar, TheTintsOfLabelsAreTwelve) {
+  std::set<std::string_view> tints;
+  for (int i = 0; i < 1000; ++i) {
+    const std::string path = "label " + std::to_string(i);
+    tints.insert(labelTint(path));
+    EXPECT_EQ(labelTint(path), labelTint(std::string(path)));
+  }
+  EXPECT_EQ(tints, (std::set<std::string_view>{"blue", "green", "orange", "purple", "pink", "teal", "indigo",
+                                               "mint", "yellow", "cyan", "red", "brown"}));
 }
 
 TEST_F(Sidebar, WithIntelligenceOffTheSectionIsAbsentWhateverTheMessagesHold) {

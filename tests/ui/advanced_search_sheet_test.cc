@@ -1,3 +1,6 @@
+#include <set>
+#include <string>
+
 #include <adwaita.h>
 
 #include "screen/toolbar.h"
@@ -37,6 +40,45 @@ TEST_F(AdvancedSearchSheetTest, ItOpensFromTheToolbarAndHasItsSize) {
   EXPECT_EQ(width, 460);
   EXPECT_EQ(height, 560);
   EXPECT_EQ(summary(), "No hay filtros activos");
+}
+
+void collectTexts(GtkWidget* root, std::set<std::string>& texts) {
+  if (GTK_IS_LABEL(root)) {
+    texts.insert(gtk_label_get_text(GTK_LABEL(root)));
+  }
+  for (GtkWidget* child = gtk_widget_get_first_child(root); child != nullptr;
+       child = gtk_widget_get_next_sibling(child)) {
+    collectTexts(child, texts);
+  }
+}
+
+TEST_F(AdvancedSearchSheetTest, ItSaysWhatItOffers) {
+  openSheet();
+  std::set<std::string> texts;
+  collectTexts(find("advancedSearch.root")->gobj(), texts);
+  for (const auto* text : {"Búsqueda Avanzada",
+                           "Búsqueda de Texto",
+                           "Buscar en asunto",
+                           "Buscar en contenido",
+                           "Buscar en remitente",
+                           "Rango de Fechas",
+                           "Filtrar por rango de fechas",
+                           "Desde",
+                           "Hasta",
+                           "Última semana",
+                           "Último mes",
+                           "Último año",
+                           "Tipo de archivo (ej: pdf, jpg)",
+                           "Opciones Adicionales",
+                           "Solo mensajes en conversaciones",
+                           "Solo mensajes HTML",
+                           "Tamaño del mensaje",
+                           "Cualquiera",
+                           "Cancelar",
+                           "Limpiar",
+                           "Aplicar"}) {
+    EXPECT_TRUE(texts.contains(text)) << text;
+  }
 }
 
 TEST_F(AdvancedSearchSheetTest, ApplyingFiltersTheListAndOffersToClearThem) {
