@@ -81,9 +81,10 @@ class FullTextRows {
     SQLiteTransaction transaction(database_);
     auto insert = database_.prepare("INSERT INTO text (rowid, all_text) VALUES (?, ?)");
     std::int64_t row = 0;
+    std::string room;
     for (const auto& message : messages) {
       std::string all;
-      forEachSearchableText(*message, [&all](std::string_view text) { all.append(text).append(" "); });
+      forEachSearchableText(*message, room, [&all](std::string_view text) { all.append(text).append(" "); });
       insert.bindInteger(1, ++row);
       insert.bindText(2, all);
       insert.run();

@@ -4,7 +4,8 @@
 
 namespace tidewrack {
 
-void forEachSearchableText(const EmailMessage& message, const std::function<void(std::string_view)>& visit) {
+void forEachSearchableText(const EmailMessage& message, std::string& room,
+                           const std::function<void(std::string_view)>& visit) {
   const auto visitAddress = [&visit](const EmailAddress& address) {
     if (address.name) {
       visit(address.name->view());
@@ -14,12 +15,15 @@ void forEachSearchableText(const EmailMessage& message, const std::function<void
   visit(message.subject.view());
   visit(message.snippet.view());
   if (message.plainBody) {
-    visit(message.plainBody->bytes());
+    room.clear();
+    message.plainBody->appendTo(room);
+    visit(room);
   }
   if (message.htmlBody) {
-    std::string html = message.htmlBody->bytes();
-    HTMLTextExtractor::blankMarkup(html);
-    visit(html);
+    room.clear();
+    message.htmlBody->appendTo(room);
+    HTMLTextExtractor::blankMarkup(room);
+    visit(room);
   }
   visitAddress(message.from);
   for (const auto& address : message.to) {

@@ -67,6 +67,7 @@ class Work {
   /// Collects until nothing is left.
   void collect(TokenSegmentBuilder& builder) {
     Tokenizer tokenizer;
+    std::string room;
     for (std::size_t begin = next_.fetch_add(together); begin < messages_.size();
          begin = next_.fetch_add(together)) {
       const ContentReading reading;
@@ -74,7 +75,7 @@ class Work {
         prefetchBehind(messages_, i);
         ids_[i] = messages_[i]->id;
         builder.beginMessage(static_cast<std::uint32_t>(i));
-        forEachSearchableText(*messages_[i], [&](std::string_view text) {
+        forEachSearchableText(*messages_[i], room, [&](std::string_view text) {
           tokenizer.forEachToken(text, [&](std::string_view token) { builder.addRoomyToken(token); });
           builder.settle();
         });

@@ -16,17 +16,26 @@ class SliceContent final : public ContentSource {
       : archive_(std::move(archive)), charset_(std::move(charset)), size_(size), slice_(slice), form_(form) {}
 
   [[nodiscard]] std::string bytes() const override {
+    std::string bytes;
+    appendTo(bytes);
+    return bytes;
+  }
+
+  void appendTo(std::string& text) const override {
     std::string_view encoded = archive_->bytes().substr(slice_.offset, slice_.length);
     std::string cleaned;
     if (!slice_.isClean) {
       cleaned = cleanText(encoded);
       encoded = cleaned;
     }
-    if (slice_.encoding == TransferEncoding::identity && (form_ == Form::data || isUnchanged(encoded))) {
-      return slice_.isClean ? std::string(encoded) : cleaned;
+    const std::size_t before = text.size();
+    appendTransfer(text, encoded, slice_.encoding);
+    if (form_ == Form::data) {
+      return;
     }
-    std::string decoded = decodeTransfer(encoded, slice_.encoding);
-    return form_ == Form::data || isUnchanged(decoded) ? decoded : decodeText(decoded, charset());
+    if (const auto decoded = std::string_view(text).substr(before); !isUnchanged(decoded)) {
+      text.replace(before, decoded.size(), decodeText(decoded, charset()));
+    }
   }
 
   [[nodiscard]] std::uint64_t size() const override {

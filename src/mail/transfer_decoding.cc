@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace tidewrack {
 namespace {
@@ -51,54 +52,10 @@ const char* findEquals(const char* position, const char* end) noexcept {
   return found == nullptr ? end : static_cast<const char*>(found);
 }
 
-}  // namespace
-
-TransferEncoding transferEncoding(std::string_view lowerCaseEncoding) noexcept {
-  if (lowerCaseEncoding.find("base64") != std::string_view::npos) {
-    return TransferEncoding::base64;
-  }
-  return lowerCaseEncoding.find("quoted-printable") != std::string_view::npos
-             ? TransferEncoding::quotedPrintable
-             : TransferEncoding::identity;
-}
-
-std::string decodeTransfer(std::string_view body, std::string_view lowerCaseEncoding) {
-  return decodeTransfer(body, transferEncoding(lowerCaseEncoding));
-}
-
-std::string decodeTransfer(std::string_view body, TransferEncoding encoding) {
-  switch (encoding) {
-    case TransferEncoding::base64:
-      // White space is not in the alphabet, so that ignoring what is unknown removes it too.
-      return decodeBase64(body).value_or(std::string());
-    case TransferEncoding::quotedPrintable:
-      return decodeQuotedPrintable(body);
-    case TransferEncoding::identity:
-      break;
-  }
-  return std::string(body);
-}
-
-std::uint64_t decodedSize(std::string_view body, TransferEncoding encoding) noexcept {
-  if (encoding == TransferEncoding::base64) {
-    return decodedBase64Size(body).value_or(0);
-  }
-  std::uint64_t size = body.size();
-  if (encoding == TransferEncoding::quotedPrintable) {
-    const char* const end = body.data() + body.size();
-    for (const char* equals = findEquals(body.data(), end); equals != end;) {
-      const Escape escape = escapeAt(equals, end);
-      size -= escape.length - (escape.writesByte ? 1 : 0);
-      equals = findEquals(equals + escape.length, end);
-    }
-  }
-  return size;
-}
-
-std::string decodeQuotedPrintable(std::string_view text) {
-  std::string result;
-  result.resize(text.size());
-  char* out = result.data();
+void appendQuotedPrintable(std::string& result, std::string_view text) {
+  const std::size_t before = result.size();
+  result.resize(before + text.size());
+  char* out = result.data() + before;
   const char* position = text.data();
   const char* const end = position + text.size();
   while (position != end) {
@@ -124,6 +81,69 @@ std::string decodeQuotedPrintable(std::string_view text) {
     }
   }
   result.resize(static_cast<std::size_t>(out - result.data()));
+}
+
+}  // namespace
+
+TransferEncoding transferEncoding(std::string_view lowerCaseEncoding) noexcept {
+  if (lowerCaseEncoding.find("base64") != std::string_view::npos) {
+    return TransferEncoding::base64;
+  }
+  return lowerCaseEncoding.find("quoted-printable") != std::string_view::npos
+             ? TransferEncoding::quotedPrintable
+             : TransferEncoding::identity;
+}
+
+std::string decodeTransfer(std::string_view body, std::string_view lowerCaseEncoding) {
+  return decodeTransfer(body, transferEncoding(lowerCaseEncoding));
+}
+
+std::string decodeTransfer(std::string_view body, TransferEncoding encoding) {
+  std::string decoded;
+  appendTransfer(decoded, body, encoding);
+  return decoded;
+}
+
+void appendTransfer(std::string& text, std::string_view body, TransferEncoding encoding) {
+  switch (encoding) {
+    case TransferEncoding::base64: {
+      // White space is not in the alphabet, so that ignoring what is unknown removes it too.
+      std::string decoded = decodeBase64(body).value_or(std::string());
+      if (text.empty() && text.capacity() < decoded.size()) {
+        text = std::move(decoded);
+      } else {
+        text += decoded;
+      }
+      break;
+    }
+    case TransferEncoding::quotedPrintable:
+      appendQuotedPrintable(text, body);
+      break;
+    case TransferEncoding::identity:
+      text += body;
+      break;
+  }
+}
+
+std::uint64_t decodedSize(std::string_view body, TransferEncoding encoding) noexcept {
+  if (encoding == TransferEncoding::base64) {
+    return decodedBase64Size(body).value_or(0);
+  }
+  std::uint64_t size = body.size();
+  if (encoding == TransferEncoding::quotedPrintable) {
+    const char* const end = body.data() + body.size();
+    for (const char* equals = findEquals(body.data(), end); equals != end;) {
+      const Escape escape = escapeAt(equals, end);
+      size -= escape.length - (escape.writesByte ? 1 : 0);
+      equals = findEquals(equals + escape.length, end);
+    }
+  }
+  return size;
+}
+
+std::string decodeQuotedPrintable(std::string_view text) {
+  std::string result;
+  appendQuotedPrintable(result, text);
   return result;
 }
 

@@ -22,6 +22,8 @@ TransferEncoding transferEncoding(std::string_view lowerCaseEncoding) noexcept;
 /// The bytes behind a body text. Base64 that cannot be decoded gives no bytes.
 std::string decodeTransfer(std::string_view body, std::string_view lowerCaseEncoding);
 std::string decodeTransfer(std::string_view body, TransferEncoding encoding);
+/// The same behind a text.
+void appendTransfer(std::string& text, std::string_view body, TransferEncoding encoding);
 
 /// The number of bytes that decodeTransfer gives, without making them.
 std::uint64_t decodedSize(std::string_view body, TransferEncoding encoding) noexcept;

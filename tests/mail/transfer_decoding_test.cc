@@ -255,5 +255,17 @@ TEST(TransferDecoding, HostileTextsOfAnyLengthAreReadInLinearTime) {
   EXPECT_EQ(decodeBase64(std::string(hostileSize, '\n')), "");
 }
 
+TEST(AppendTransfer, PutsTheDecodedBytesBehindATextThatStays) {
+  const auto behind = [](std::string text, std::string_view body, TransferEncoding encoding) {
+    appendTransfer(text, body, encoding);
+    return text;
+  };
+  EXPECT_EQ(behind("a=", "41=41", TransferEncoding::identity), "a=41=41");
+  EXPECT_EQ(behind("a=", "41=41=", TransferEncoding::quotedPrintable), "a=41A=");
+  EXPECT_EQ(behind("a=", "QUE=", TransferEncoding::base64), "a=AA");
+  EXPECT_EQ(behind("a=", "QUE", TransferEncoding::base64), "a=");
+  EXPECT_EQ(behind("", "QUE=", TransferEncoding::base64), "AA");
+}
+
 }  // namespace
 }  // namespace tidewrack
