@@ -10,7 +10,7 @@ CopiedArchive copyAndRead(const LibraryCatalog& catalog, const std::filesystem::
   std::optional<EarlyReading> reading;
   const auto follow = [&reading](const CopyUnderWay& copy) {
     if (!reading) {
-      reading.emplace(copy.file, copy.expected, copy.library.id, copy.library.displayName);
+      reading.emplace(copy.file, copy.expected, copy.added.id, copy.added.displayName);
     }
     reading->arrive(copy.there);
   };

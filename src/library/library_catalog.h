@@ -25,7 +25,7 @@ struct MBOXLibrary {
 
 /// A copy that importLibraries is making.
 struct CopyUnderWay {
-  const MBOXLibrary& library;         ///< As it will be; `importedAt` is not known yet.
+  const MBOXLibrary& added;           ///< As it will be; `importedAt` is not known yet.
   const std::filesystem::path& file;  ///< The copy.
   std::uint64_t there;                ///< This many bytes of the copy can be read.
   std::uint64_t expected;             ///< Its size in the end, unless the source changes meanwhile.

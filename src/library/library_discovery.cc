@@ -16,7 +16,7 @@ namespace {
 
 /// What is counted of one library while its messages pass by.
 struct Group {
-  DiscoveredLibrary library;
+  DiscoveredLibrary found;
   std::unordered_set<Text> senders;
   std::unordered_set<Text> conversations;
   std::unordered_set<std::string> labelLists;  // Each list is decoded once.
@@ -37,8 +37,8 @@ struct Group {
   }
 
   void addDate(Date date) {
-    library.earliestDate = std::min(library.earliestDate.value_or(date), date);
-    library.latestDate = std::max(library.latestDate.value_or(date), date);
+    found.earliestDate = std::min(found.earliestDate.value_or(date), date);
+    found.latestDate = std::max(found.latestDate.value_or(date), date);
   }
 };
 
@@ -75,9 +75,9 @@ std::vector<DiscoveredLibrary> discoverLibraries(const std::set<std::string>& kn
   for (const auto& [source, entry] : groupOfSource) {
     const auto& [group, name] = entry;
     rows.bindInteger(1, source);
-    const std::int64_t before = group->library.messageCount;
+    const std::int64_t before = group->found.messageCount;
     while (rows.step()) {
-      ++group->library.messageCount;
+      ++group->found.messageCount;
       if (!rows.isNull(0)) {
         group->addDate(dateFromSeconds(rows.real(0)));
       }
@@ -85,10 +85,10 @@ std::vector<DiscoveredLibrary> discoverLibraries(const std::set<std::string>& kn
       insertUnlessEmpty(group->conversations, rows.bytes(2));
       group->addLabels(rows.bytes(3));
       insertUnlessEmpty(group->categories, rows.bytes(4));
-      group->library.attachmentCount += rows.integer(5);
+      group->found.attachmentCount += rows.integer(5);
     }
     rows.reset();
-    if (group->library.messageCount == before) {
+    if (group->found.messageCount == before) {
       continue;
     }
     // The name is that of the first message of the library, whichever name that has for it.
@@ -99,13 +99,13 @@ std::vector<DiscoveredLibrary> discoverLibraries(const std::set<std::string>& kn
     const auto [known, isFirst] = firstOfGroup.try_emplace(group, first);
     if (isFirst || first < known->second) {
       known->second = first;
-      group->library.displayName = name;
+      group->found.displayName = name;
     }
   }
 
   std::vector<DiscoveredLibrary> libraries;
   for (auto& [id, group] : groups) {
-    DiscoveredLibrary& library = group.library;
+    DiscoveredLibrary& library = group.found;
     if (library.messageCount == 0) {
       continue;
     }

@@ -46,8 +46,8 @@ constexpr const char* attachmentColumns =
     "message, id, fileName, mimeType, contentID, isInline, data, dataSize";
 
 struct Source {
-  Text libraryID;
-  Text libraryName;
+  Text id;
+  Text name;
 };
 using Sources = std::unordered_map<std::int64_t, Source>;
 
@@ -143,9 +143,9 @@ class RangeReader {
     bool hasAttachment = attachments_.step();
     while (messages_.step()) {
       auto message = std::make_shared<EmailMessage>(mapper_.message(scalarsOf(messages_)));
-      const Source library = sourceOf(sources_, messages_.integer(source));
-      message->sourceLibraryID = library.libraryID;
-      message->sourceLibraryName = library.libraryName;
+      const Source from = sourceOf(sources_, messages_.integer(source));
+      message->sourceLibraryID = from.id;
+      message->sourceLibraryName = from.name;
       message->plainBody = bodyOf(contents_, messages_, plainBody);
       message->htmlBody = bodyOf(contents_, messages_, htmlBody);
       const std::int64_t row = messages_.integer(number);
@@ -279,14 +279,14 @@ std::optional<PersistedEmailMessage> readMessage(const std::shared_ptr<MessageSt
   PersistedEmailMessage entity;
   StoredContents contents(store);
   const Sources sources = readSources(connection);
-  const Source library = sourceOf(sources, row.integer(source));
+  const Source from = sourceOf(sources, row.integer(source));
   const StoredScalars scalars = scalarsOf(row);
   const auto optionalText = [](const std::optional<std::string_view>& bytes) {
     return bytes ? std::optional<Text>(*bytes) : std::nullopt;
   };
   entity.id = scalars.id;
-  entity.sourceLibraryID = library.libraryID;
-  entity.sourceLibraryName = library.libraryName;
+  entity.sourceLibraryID = from.id;
+  entity.sourceLibraryName = from.name;
   entity.subject = scalars.subject;
   entity.fromName = optionalText(scalars.fromName);
   entity.fromAddress = scalars.fromAddress;

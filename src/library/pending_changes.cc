@@ -35,12 +35,13 @@ void apply(const UpsertChange& upsert, MessageList& list) {
 }
 
 void apply(const DeleteChange& deletion, MessageList& list) {
-  std::erase_if(list, [&](const auto& message) { return message->sourceLibraryID == deletion.libraryID; });
+  std::erase_if(list,
+                [&](const auto& message) { return message->sourceLibraryID == deletion.sourceLibraryID; });
 }
 
 void apply(const RenameChange& rename, MessageList& list) {
   for (auto& message : list) {
-    if (message->sourceLibraryID == rename.libraryID) {
+    if (message->sourceLibraryID == rename.sourceLibraryID) {
       message = changed(message, [&](EmailMessage& copy) { copy.sourceLibraryName = rename.newName; });
     }
   }

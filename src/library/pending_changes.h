@@ -16,10 +16,10 @@ struct UpsertChange {
   MessageList messages;
 };
 struct DeleteChange {
-  std::string libraryID;
+  std::string sourceLibraryID;
 };
 struct RenameChange {
-  std::string libraryID;
+  std::string sourceLibraryID;
   Text newName;
 };
 struct CategoryChange {

@@ -20,7 +20,7 @@ void apply(const DeleteChange& change, MessageStore::Writing& writing) {
          {"DELETE FROM message WHERE source IN (SELECT number FROM source WHERE libraryID = ?)",
           "DELETE FROM source WHERE libraryID = ?"}) {
       auto statement = connection.prepare(sql);
-      statement.bindText(1, change.libraryID);
+      statement.bindText(1, change.sourceLibraryID);
       statement.run();
     }
   });
@@ -30,7 +30,7 @@ void apply(const RenameChange& change, MessageStore::Writing& writing) {
   writing.with([&](SQLiteConnection& connection) {
     auto statement = connection.prepare("UPDATE source SET libraryName = ? WHERE libraryID = ?");
     statement.bindText(1, change.newName);
-    statement.bindText(2, change.libraryID);
+    statement.bindText(2, change.sourceLibraryID);
     statement.run();
   });
 }

@@ -128,8 +128,8 @@ std::int64_t ContentView::messageCount(const Text& libraryID) const {
     return std::ranges::count(messages(), libraryID,
                               [](const auto& message) -> const Text& { return message->sourceLibraryID; });
   }
-  const auto found = derived_.libraryCounts->find(libraryID);
-  return found != derived_.libraryCounts->end() ? found->second : 0;
+  const auto found = derived_.countsByLibrary->find(libraryID);
+  return found != derived_.countsByLibrary->end() ? found->second : 0;
 }
 
 std::shared_ptr<const EmailMessage> ContentView::selectedMessage() const {

@@ -180,10 +180,10 @@ DerivedState deriveState(const DerivedInput& input, const DerivedInput& earlierI
   state.facts = facts;
   const ScopeLibrary library = scopeLibrary(input.sidebarSelection, *facts);
   if (changes) {
-    state.libraryCounts = earlier.libraryCounts;
+    state.countsByLibrary = earlier.countsByLibrary;
     state.allCounts = recountScope(earlier.allCounts, *earlier.facts, *facts, *changes, std::nullopt);
   } else {
-    state.libraryCounts = std::make_shared<LibraryCounts>(countLibraries(*facts));
+    state.countsByLibrary = std::make_shared<LibraryCounts>(countLibraries(*facts));
     state.allCounts = countScope(*facts, std::nullopt);
   }
   if (!library) {

@@ -29,7 +29,7 @@ struct DerivedInput {
 struct DerivedState {
   SharedMessageList filteredMessages;
   ScopeCounts counts;  ///< Over the scope of the sidebar selection.
-  std::shared_ptr<const LibraryCounts> libraryCounts = std::make_shared<LibraryCounts>();
+  std::shared_ptr<const LibraryCounts> countsByLibrary = std::make_shared<LibraryCounts>();
 
   std::shared_ptr<const MessageFacts> facts;         ///< Of all messages; null before the first derivation.
   ScopeCounts allCounts;                             ///< Over all messages.

@@ -180,8 +180,8 @@ TEST_F(LibraryCatalogTest, AnObserverLearnsOfEachCopyWithItsLibraryAsItWillBe) {
   const auto observe = [&](const CopyUnderWay& copy) {
     EXPECT_EQ(std::filesystem::file_size(copy.file), copy.there);
     EXPECT_EQ(copy.expected, 7U);
-    EXPECT_EQ(copy.file, catalog().fileLocation(copy.library));
-    seen.push_back(copy.library);
+    EXPECT_EQ(copy.file, catalog().fileLocation(copy.added));
+    seen.push_back(copy.added);
   };
   const auto imported =
       catalog().importLibraries({archive("a.mbox"), archive("empty.mbox", ""), archive(".mbox")}, observe);

@@ -90,7 +90,7 @@ void expectRight(const DerivedState& state, const DerivedInput& input) {
               conversations[message->conversationID]);
   }
   ASSERT_EQ(*state.counts.categories, categories);
-  ASSERT_EQ(*state.libraryCounts, libraries);
+  ASSERT_EQ(*state.countsByLibrary, libraries);
   ASSERT_TRUE(scopedMessages(input).get() == scope);
 }
 
@@ -322,7 +322,7 @@ TEST(DerivedState, AChangedCategoryTakesOverAllButTheCategoryCounts) {
   const DerivedState after = deriveState(changed, input, state);
   EXPECT_EQ(after.counts.labelClassification, state.counts.labelClassification);
   EXPECT_EQ(after.counts.conversations, state.counts.conversations);
-  EXPECT_EQ(after.libraryCounts, state.libraryCounts);
+  EXPECT_EQ(after.countsByLibrary, state.countsByLibrary);
   EXPECT_EQ(after.counts.categories->at("Finance"), 1);
   EXPECT_EQ(after.facts->chunks()[0], state.facts->chunks()[0]);
   EXPECT_NE(after.facts->chunks()[1], state.facts->chunks()[1]);
